@@ -1,0 +1,8 @@
+# The xxHash library brings no package of its own for CMake: this makes the target xxHash::xxhash.
+
+find_path(XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
+find_library(XXHASH_LIBRARY xxhash REQUIRED)
+add_library(xxHash::xxhash UNKNOWN IMPORTED)
+set_target_properties(xxHash::xxhash PROPERTIES
+    IMPORTED_LOCATION "${XXHASH_LIBRARY}"
+    INTERFACE_INCLUDE_DIRECTORIES "${XXHASH_INCLUDE_DIR}")
