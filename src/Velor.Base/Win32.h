@@ -15,6 +15,7 @@
 // The toolchain's own header of this function does not compile.
 extern "C" HRESULT WINAPI WerRegisterFile(PCWSTR file, int type, DWORD flags);
 constexpr int WerRegFileTypeOther = 2;
+constexpr DWORD WER_FILE_ANONYMOUS_DATA = 2;
 
 #else
 
@@ -45,6 +46,7 @@ constexpr DWORD OPEN_EXISTING = 3;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 constexpr DWORD FILE_BEGIN = 0;
 constexpr int WerRegFileTypeOther = 2;
+constexpr DWORD WER_FILE_ANONYMOUS_DATA = 2;
 constexpr HRESULT S_OK = 0;
 
 /// Both code pages are UTF-8 here. A byte that belongs to no valid character becomes the lone surrogate
