@@ -1,0 +1,496 @@
+#include "VelorLog.h"
+
+#include "PlatformOperations.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QDebug>
+#include <QtCore/QDir>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QStandardPaths>
+#include <QtCore/QTemporaryFile>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <iomanip>
+#include <iostream>
+#include <utility>
+
+namespace {
+
+constexpr const char* ColourReset = "\033[0m";
+constexpr std::size_t FormatBufferSize = 4096;
+constexpr qint64 RetentionSeconds = 86400;
+constexpr QLatin1StringView LogFileSuffix(".log");
+constexpr QLatin1StringView TimeStampFormat("yyyy-MM-dd_hh-mm-ss");
+
+struct LevelStyle
+{
+    const char* prefix;
+    const char* colour;
+};
+
+LevelStyle levelStyle(VelorLog::Level level)
+{
+    switch (level) {
+    case VelorLog::Error:
+        return {"[ERROR] - ", "\033[31;1m"};
+    case VelorLog::Warning:
+        return {"[WARNING] - ", "\033[33;1m"};
+    case VelorLog::Debug0:
+        return {"[DBG0] - ", "\033[32;1m"};
+    case VelorLog::Debug1:
+        return {"[DBG1] - ", "\033[36;1m"};
+    case VelorLog::Debug2:
+        return {"[DBG2] - ", "\033[34;1m"};
+    default:
+        return {"", ""};
+    }
+}
+
+/// One call on the stream for one line, since a stream that flushes at each insertion makes a system call of
+/// each.
+void writeLine(std::ostream& out, const std::string& line)
+{
+    out.write(line.data(), static_cast<std::streamsize>(line.size()));
+    out.flush();
+}
+
+bool isWritable(const QString& directory, QTemporaryFile& probe)
+{
+    probe.setFileTemplate(directory + QStringLiteral("/XXXXXX"));
+    return probe.open();
+}
+
+/// The moment in the name of a log file of `prefix`; invalid for a name of any other form.
+QDateTime logFileTime(const QFileInfo& file, const QString& prefix)
+{
+    static const QString Form = QStringLiteral("%1_(\\d{4})-(\\d{2})-(\\d{2})_(\\d{2})-(\\d{2})-(\\d{2})$");
+    const QString baseName = file.baseName();
+    const QRegularExpression expression(Form.arg(QRegularExpression::escape(prefix)));
+    // A further suffix, as in "name_time.backup.log", makes it somebody else's file.
+    if (!expression.match(baseName).hasMatch() || file.fileName() != baseName + LogFileSuffix) {
+        return {};
+    }
+    return QDateTime::fromString(baseName.mid(prefix.size() + 1), TimeStampFormat);
+}
+
+void deleteLogFile(const QFileInfo& file)
+{
+    const bool removed = QFile::remove(file.absoluteFilePath());
+    VelorLog::Stream report =
+        VelorLogManager::getSingleton().stream(removed ? VelorLog::Info : VelorLog::Warning, false);
+    report << (removed ? "Deleted log file: " : "Failed to delete old log file: ")
+           << file.fileName().toStdString();
+    report.flush();
+}
+
+} // namespace
+
+VelorLog::Stream::Stream(VelorLog* targetLog, Level level, bool skipConsole)
+    : mTargetLog(targetLog)
+    , mLevel(level)
+    , mSkipConsole(skipConsole)
+{}
+
+VelorLog::Stream::Stream(Stream&& other) noexcept
+    : mTargetLog(other.mTargetLog)
+    , mLevel(other.mLevel)
+    , mSkipConsole(other.mSkipConsole)
+    , mMovedFrom(std::exchange(other.mMovedFrom, true))
+    , mText(std::move(other.mText))
+{}
+
+VelorLog::Stream& VelorLog::Stream::operator=(Stream&& other)
+{
+    if (this != &other) {
+        deliver();
+        mTargetLog = other.mTargetLog;
+        mLevel = other.mLevel;
+        mSkipConsole = other.mSkipConsole;
+        mMovedFrom = std::exchange(other.mMovedFrom, true);
+        mText = std::move(other.mText);
+    }
+    return *this;
+}
+
+VelorLog::Stream::~Stream()
+{
+    // Nothing may leave a destructor, and logging never fails its caller: what a listener throws here is
+    // dropped.
+    try {
+        deliver();
+    } catch (...) {
+    }
+}
+
+VelorLog::Stream& VelorLog::Stream::operator<<(std::ostream& (*manipulator)(std::ostream&))
+{
+    manipulator(mText);
+    return *this;
+}
+
+VelorLog::Stream& VelorLog::Stream::operator<<(std::ios_base& (*manipulator)(std::ios_base&))
+{
+    manipulator(mText);
+    return *this;
+}
+
+VelorLog::Stream& VelorLog::Stream::flush()
+{
+    if (mMovedFrom) {
+        return *this;
+    }
+    if (mTargetLog != nullptr) {
+        mTargetLog->logMessage(mText.str(), mLevel, mSkipConsole);
+    } else {
+        writeLine(std::cerr, "Warning: Log is null!\n");
+    }
+    mText.str({});
+    mText.clear();
+    return *this;
+}
+
+void VelorLog::Stream::deliver()
+{
+    if (!mText.view().empty()) {
+        flush();
+    }
+}
+
+VelorLog::VelorLog(const std::string& name)
+    : mName(name)
+{
+    mFileOutputSuppressed = !reopenFile();
+}
+
+VelorLog::~VelorLog()
+{
+    const std::lock_guard lock(mMutex);
+    if (!mFileOutputSuppressed) {
+        mFile.close();
+    }
+}
+
+void VelorLog::logMessage(const std::string& message, Level level, bool skipConsole)
+{
+    const std::lock_guard lock(mMutex);
+    if (level > mMaxLogLevel) {
+        return;
+    }
+    const std::string text = levelStyle(level).prefix + message;
+    if (notifyListeners(text, level, skipConsole)) {
+        return;
+    }
+    if (mDebugOutputEnabled && !skipConsole) {
+        writeToConsole(text, level);
+    }
+    if (!mFileOutputSuppressed) {
+        writeToFile(text);
+    }
+}
+
+VelorLog::Stream VelorLog::stream(Level level, bool skipConsole) { return {this, level, skipConsole}; }
+
+void VelorLog::setDebugOutputEnabled(bool enabled)
+{
+    const std::lock_guard lock(mMutex);
+    mDebugOutputEnabled = enabled;
+}
+
+void VelorLog::setFileOutputSuppressedEnabled(bool suppressed)
+{
+    const std::lock_guard lock(mMutex);
+    mFileOutputSuppressed = suppressed;
+}
+
+void VelorLog::setTimeStampEnabled(bool enabled)
+{
+    const std::lock_guard lock(mMutex);
+    mTimeStampEnabled = enabled;
+}
+
+void VelorLog::setMaxLogLevel(Level level)
+{
+    const std::lock_guard lock(mMutex);
+    mMaxLogLevel = level;
+}
+
+void VelorLog::addListener(LogListener* listener)
+{
+    const std::lock_guard lock(mMutex);
+    if (std::find(mListeners.begin(), mListeners.end(), listener) == mListeners.end()) {
+        mListeners.push_back(listener);
+    }
+}
+
+void VelorLog::removeListener(LogListener* listener)
+{
+    const std::lock_guard lock(mMutex);
+    std::erase(mListeners, listener);
+}
+
+void VelorLog::_LogMsg(const std::string& kind, const std::string& text, const std::string& function,
+                       int line)
+{
+    const std::string message =
+        kind + ": " + text + " (Function: " + function + " at line " + std::to_string(line) + ")";
+    Stream stream = VelorLogManager::getSingleton().stream(Info, false);
+    stream << message;
+    stream.flush();
+}
+
+void VelorLog::_LogDebugMsg(const std::string& text, const std::string& function, int line)
+{
+    _LogMsg("DEBUG", text, function, line);
+}
+
+void VelorLog::_LogErrorMsg(const std::string& text, const std::string& function, int line)
+{
+    _LogMsg("ERROR", text, function, line);
+}
+
+void VelorLog::_LogfDebugMsg(const std::string& function, int line, const char* format, ...)
+{
+    char text[FormatBufferSize] = "";
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    _LogMsg("DEBUG", text, function, line);
+}
+
+bool VelorLog::reopenFile()
+{
+    mFile.open(mName);
+    if (!mFile.is_open()) {
+        writeLine(std::cerr, "Error: Impossible log file from: " + mName + "\n");
+        return false;
+    }
+    return platformOperations().registerCrashFile(mName.c_str());
+}
+
+/// Whether the listeners keep the message off the console and the file.
+bool VelorLog::notifyListeners(const std::string& text, Level level, bool skipConsole)
+{
+    bool skipOutput = false;
+    for (LogListener* listener : mListeners) {
+        listener->onLogMessage(text, level, skipConsole, mName, skipOutput);
+    }
+    return skipOutput;
+}
+
+void VelorLog::writeToConsole(const std::string& text, Level level) const
+{
+    std::ostream& console = level < Warning ? std::cout : std::cerr;
+    writeLine(console, mColoursEnabled ? levelStyle(level).colour + text + ColourReset + "\n" : text + "\n");
+}
+
+void VelorLog::writeToFile(const std::string& text)
+{
+    if (!mFile.is_open() && !reopenFile()) {
+        mFileOutputSuppressed = true;
+        return;
+    }
+    writeLine(mFile, mTimeStampEnabled ? timeStamp(std::time(nullptr)) + text + "\n" : text + "\n");
+}
+
+/// Formats the time anew only when the second has changed.
+const std::string& VelorLog::timeStamp(std::time_t now)
+{
+    if (now != mTimeStampSecond) {
+        const QTime local = QDateTime::fromSecsSinceEpoch(now).time();
+        std::tm clock = {};
+        clock.tm_hour = local.hour();
+        clock.tm_min = local.minute();
+        clock.tm_sec = local.second();
+        std::ostringstream text;
+        text.imbue(mFile.getloc());
+        text << std::put_time(&clock, "%H:%M:%S - ");
+        mTimeStamp = text.str();
+        mTimeStampSecond = now;
+    }
+    return mTimeStamp;
+}
+
+LogListener::~LogListener() = default;
+
+std::string VelorLogManager::mDefaultLogsDirectory =
+    QStandardPaths::writableLocation(QStandardPaths::DesktopLocation).toStdString();
+
+VelorLogManager& VelorLogManager::getSingleton()
+{
+    static VelorLogManager instance;
+    return instance;
+}
+
+VelorLogManager::~VelorLogManager()
+{
+    while (!mLogsByName.empty()) {
+        mLogsByName.erase(mLogsByName.begin());
+    }
+}
+
+VelorLog* VelorLogManager::createLog(const std::string& name, std::string directory, bool makeDefault)
+{
+    const std::lock_guard lock(mMutex);
+    VelorLog* log = findLog(name);
+    if (log == nullptr) {
+        if (directory.empty()) {
+            directory = mDefaultLogsDirectory;
+        }
+        auto made = std::make_unique<VelorLog>(directory + "/" + name + LogFileSuffix.data());
+        log = mLogsByName.emplace(name, std::move(made)).first->second.get();
+    }
+    if (makeDefault || mDefaultLog == nullptr) {
+        mDefaultLog = log;
+    }
+    return log;
+}
+
+VelorLog* VelorLogManager::getLog(const std::string& name)
+{
+    const std::lock_guard lock(mMutex);
+    return findLog(name);
+}
+
+VelorLog* VelorLogManager::getDefaultLog()
+{
+    const std::lock_guard lock(mMutex);
+    return mDefaultLog;
+}
+
+VelorLog* VelorLogManager::setDefaultLog(VelorLog* log)
+{
+    const std::lock_guard lock(mMutex);
+    return std::exchange(mDefaultLog, log);
+}
+
+void VelorLogManager::destroyLog(const std::string& name)
+{
+    const std::lock_guard lock(mMutex);
+    const auto entry = mLogsByName.find(name);
+    if (entry != mLogsByName.end()) {
+        eraseLog(entry);
+    }
+}
+
+void VelorLogManager::destroyLog(VelorLog* log)
+{
+    const std::lock_guard lock(mMutex);
+    const auto entry = std::find_if(mLogsByName.begin(), mLogsByName.end(),
+                                    [&](const auto& filed) { return filed.second.get() == log; });
+    if (entry != mLogsByName.end()) {
+        eraseLog(entry);
+    }
+}
+
+void VelorLogManager::logMessage(const std::string& message, VelorLog::Level level, bool skipConsole,
+                                 const std::string& logName)
+{
+    const std::lock_guard lock(mMutex);
+    VelorLog* log = findTarget(logName);
+    if (log != nullptr) {
+        log->logMessage(message, level, skipConsole);
+    } else if (logName.empty()) {
+        writeLine(std::cerr, "Warning: not logger found\n");
+    }
+}
+
+void VelorLogManager::logError(const std::string& message, bool skipConsole, const std::string& logName)
+{
+    logMessage(message, VelorLog::Error, skipConsole, logName);
+}
+
+void VelorLogManager::logWarning(const std::string& message, bool skipConsole, const std::string& logName)
+{
+    logMessage(message, VelorLog::Warning, skipConsole, logName);
+}
+
+void VelorLogManager::logDebug0(const std::string& message, bool skipConsole, const std::string& logName)
+{
+    logMessage(message, VelorLog::Debug0, skipConsole, logName);
+}
+
+void VelorLogManager::logDebug1(const std::string& message, bool skipConsole, const std::string& logName)
+{
+    logMessage(message, VelorLog::Debug1, skipConsole, logName);
+}
+
+void VelorLogManager::logDebug2(const std::string& message, bool skipConsole, const std::string& logName)
+{
+    logMessage(message, VelorLog::Debug2, skipConsole, logName);
+}
+
+VelorLog::Stream VelorLogManager::stream(VelorLog::Level level, bool skipConsole, const std::string& logName)
+{
+    const std::lock_guard lock(mMutex);
+    VelorLog* log = findTarget(logName);
+    return {log, log != nullptr ? level : VelorLog::None, skipConsole};
+}
+
+void VelorLogManager::setMaxLogLevel(VelorLog::Level level)
+{
+    const std::lock_guard lock(mMutex);
+    if (mDefaultLog != nullptr) {
+        mDefaultLog->setMaxLogLevel(level);
+    }
+}
+
+bool VelorLogManager::setupDefaultLog(const std::string& name, const std::string& directory)
+{
+    const QString folder = QString::fromStdString(directory);
+    if (!QDir().mkpath(folder)) {
+        return false;
+    }
+    QTemporaryFile probe;
+    if (!isWritable(folder, probe)) {
+        QMessageLogger(nullptr, 0, Q_FUNC_INFO).warning() << "Failed to create writable path: " << folder;
+        return false;
+    }
+    const QString stamp = QDateTime::currentDateTime().toString(TimeStampFormat);
+    const QString shortName = QStringLiteral("%1_%2").arg(QString::fromStdString(name), stamp);
+    getSingleton().createLog(shortName.toStdString(), directory, true);
+    mDefaultLogsDirectory = directory;
+    deleteOldLogFiles(name, directory);
+    return true;
+}
+
+void VelorLogManager::deleteOldLogFiles(const std::string& name, const std::string& directory)
+{
+    deleteOldLogFiles(name, directory, QDateTime::currentDateTime());
+}
+
+VelorLog* VelorLogManager::findLog(const std::string& name) const
+{
+    const auto entry = mLogsByName.find(name);
+    return entry != mLogsByName.end() ? entry->second.get() : nullptr;
+}
+
+VelorLog* VelorLogManager::findTarget(const std::string& logName) const
+{
+    return logName.empty() ? mDefaultLog : findLog(logName);
+}
+
+void VelorLogManager::eraseLog(std::map<std::string, std::unique_ptr<VelorLog>>::iterator entry)
+{
+    if (mDefaultLog == entry->second.get()) {
+        mDefaultLog = nullptr;
+    }
+    mLogsByName.erase(entry);
+}
+
+void VelorLogManager::deleteOldLogFiles(const std::string& name, const std::string& directory,
+                                        const QDateTime& now)
+{
+    const QString prefix = QString::fromStdString(name);
+    const QDir folder(QString::fromStdString(directory));
+    const QStringList filter{QStringLiteral("*%1").arg(LogFileSuffix)};
+    const QFileInfoList files = folder.entryInfoList(filter, QDir::Files, QDir::NoSort);
+    for (const QFileInfo& file : files) {
+        const QDateTime time = logFileTime(file, prefix);
+        if (time.isValid() && time.secsTo(now) >= RetentionSeconds) {
+            deleteLogFile(file);
+        }
+    }
+}

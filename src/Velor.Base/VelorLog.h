@@ -1,0 +1,273 @@
+#pragma once
+
+#include "VelorBaseExport.h"
+
+#include <atomic>
+#include <cstdint>
+#include <ctime>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+class LogListener;
+class QDateTime;
+
+/// One log channel: a text file, an echo on the process's console and a list of listeners, behind one level
+/// threshold.
+///
+/// A message that passes the threshold goes to the listeners, then to the console, then to the file, and has
+/// reached the operating system when logMessage returns. A file line is the local time, the level's prefix
+/// and the text; a console line is the same without the time, in the level's colour, and always carries the
+/// colour codes:
+///
+/// | Level               | Prefix         | Console         | Colour |
+/// |---------------------|----------------|-----------------|--------|
+/// | `Error`             | `[ERROR] - `   | standard output | red    |
+/// | `Warning`           | `[WARNING] - ` | standard error  | yellow |
+/// | `Info`              | none           | standard error  | none   |
+/// | `Debug0`            | `[DBG0] - `    | standard error  | green  |
+/// | `Debug1`            | `[DBG1] - `    | standard error  | cyan   |
+/// | `Debug2`            | `[DBG2] - `    | standard error  | blue   |
+///
+/// Logging never fails its caller: a file or console that cannot be written loses its text without notice,
+/// and a full disk stops nothing.
+///
+/// Threads: any thread may call any operation, and the messages of one log never interleave. One mutex is
+/// held for the whole of logMessage, so a listener must not call a locking operation of the log that is
+/// notifying it. A log must outlive every Stream aimed at it, and nothing may use it while it is being
+/// destroyed.
+class VELOR_BASE_EXPORT VelorLog
+{
+public:
+    /// A larger number is a less severe message. Any other number is logged like `Info`, below 2 on standard
+    /// output.
+    enum Level : std::int32_t
+    {
+        None = 0,
+        Error = 1,
+        Warning = 2,
+        Info = 3,
+        Debug0 = 4,
+        Debug1 = 5,
+        Debug2 = 6
+    };
+
+    /// Collects the text of one message by insertion and delivers it to a log when it is flushed or
+    /// destroyed. It belongs to one thread. A moved-from Stream delivers nothing.
+    class VELOR_BASE_EXPORT Stream
+    {
+    public:
+        /// `targetLog` is not owned. With a null one, delivery writes a warning to standard error and the
+        /// text is lost.
+        Stream(VelorLog* targetLog, Level level, bool skipConsole);
+        Stream(Stream&& other) noexcept;
+        /// Delivers what this Stream still holds, then takes over `other`.
+        Stream& operator=(Stream&& other);
+        /// Delivers the text unless it is empty. An exception of a listener is dropped.
+        ~Stream();
+
+        /// Appends `value` as a standard output stream formats it, the state set by manipulators included.
+        template <typename T>
+        Stream& operator<<(const T& value)
+        {
+            mText << value;
+            return *this;
+        }
+        Stream& operator<<(std::ostream& (*manipulator)(std::ostream&));
+        Stream& operator<<(std::ios_base& (*manipulator)(std::ios_base&));
+
+        /// Delivers the text now, also when it is empty. The Stream can then collect more.
+        Stream& flush();
+
+    private:
+        void deliver();
+
+        VelorLog* mTargetLog;
+        Level mLevel;
+        bool mSkipConsole;
+        bool mMovedFrom = false;
+        std::ostringstream mText;
+    };
+
+    /// Creates the log file at the path `name`, truncating a file that is there. The folder is not created.
+    /// If the file does not open, a line on standard error says so and the log works without it.
+    explicit VelorLog(const std::string& name);
+    /// Closes the file. The listeners are not told.
+    ~VelorLog();
+    VelorLog(const VelorLog&) = delete;
+    VelorLog& operator=(const VelorLog&) = delete;
+
+    /// Logs `message` if `level` is at most the threshold. `skipConsole` keeps it off the console alone. A
+    /// line end is added; line ends inside are written unchanged.
+    void logMessage(const std::string& message, Level level = Info, bool skipConsole = false);
+
+    /// A Stream aimed at this log: `log.stream(VelorLog::Info) << "read " << n << " files";` is one message.
+    Stream stream(Level level = Info, bool skipConsole = false);
+
+    /// The path of the log file.
+    const std::string& getName() const { return mName; }
+    bool isDebugOutputEnabled() const { return mDebugOutputEnabled; }
+    bool isFileOutputSuppressed() const { return mFileOutputSuppressed; }
+    bool isTimeStampEnabled() const { return mTimeStampEnabled; }
+    /// The threshold: the largest level number that still passes. The same number that setMaxLogLevel sets.
+    Level getMinLogLevel() const { return mMaxLogLevel; }
+
+    /// Whether messages are echoed on the console; true at the start.
+    void setDebugOutputEnabled(bool enabled);
+    /// Whether messages are kept out of the file. Clearing it on a log whose file never opened makes the next
+    /// message try again.
+    void setFileOutputSuppressedEnabled(bool suppressed);
+    /// Whether a file line begins with the local time; true at the start.
+    void setTimeStampEnabled(bool enabled);
+    /// Sets the threshold; `Debug2` at the start. `setMaxLogLevel(VelorLog::Warning)` lets errors and
+    /// warnings pass.
+    void setMaxLogLevel(Level level);
+
+    /// Appends `listener` unless it is listed. It is not owned, and must stay valid until it is removed.
+    void addListener(LogListener* listener);
+    /// Takes `listener` out of the list; one that is not listed is ignored.
+    void removeListener(LogListener* listener);
+
+    /// Logs "kind: text (Function: function at line n)" on the default log of VelorLogManager. All four of
+    /// these log at the level `Info`, whatever their kind.
+    static void _LogMsg(const std::string& kind, const std::string& text, const std::string& function,
+                        int line);
+    /// _LogMsg of the kind "DEBUG".
+    static void _LogDebugMsg(const std::string& text, const std::string& function, int line);
+    /// _LogMsg of the kind "ERROR".
+    static void _LogErrorMsg(const std::string& text, const std::string& function, int line);
+    /// _LogMsg of the kind "DEBUG" with a text formatted as by `printf`, cut to 4095 bytes. Mind the order of
+    /// the arguments.
+    static void _LogfDebugMsg(const std::string& function, int line, const char* format, ...)
+        Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
+
+private:
+    friend struct VelorLogTestAccess;
+
+    bool reopenFile();
+    bool notifyListeners(const std::string& text, Level level, bool skipConsole);
+    void writeToConsole(const std::string& text, Level level) const;
+    void writeToFile(const std::string& text);
+    const std::string& timeStamp(std::time_t now);
+
+    // The flags are atomic because their getters take no lock.
+    std::ofstream mFile;
+    std::atomic<Level> mMaxLogLevel = Debug2;
+    std::atomic<bool> mDebugOutputEnabled = true;
+    std::atomic<bool> mFileOutputSuppressed = false;
+    std::atomic<bool> mTimeStampEnabled = true;
+    const std::string mName;
+    bool mColoursEnabled = true;
+    std::vector<LogListener*> mListeners;
+    std::mutex mMutex;
+    std::time_t mTimeStampSecond = -1;
+    std::string mTimeStamp;
+};
+
+/// Observes log channels; see VelorLog::addListener.
+class VELOR_BASE_EXPORT LogListener
+{
+public:
+    LogListener() = default;
+    LogListener(const LogListener&) = default;
+    LogListener& operator=(const LogListener&) = default;
+    /// Does not take the listener out of any log.
+    virtual ~LogListener();
+
+    /// Called for each message that passes a log's threshold, on the thread that logs, under the log's lock.
+    /// `message` has the level's prefix and no time; `logName` is the path of the log's file. `skipOutput`
+    /// comes as the listener before left it; true after the last listener keeps the message off the console
+    /// and the file.
+    virtual void onLogMessage(const std::string& message, VelorLog::Level level, bool skipConsole,
+                              const std::string& logName, bool& skipOutput) = 0;
+};
+
+/// The process's log channels: owns them, files them under a short name, keeps one as the default and decides
+/// where log files lie and how long they stay.
+///
+/// An application starts its logging with setupDefaultLog. Without a default log, messages for it are lost
+/// with a warning on standard error, and nothing fails.
+///
+/// Threads: any thread may call any operation. One mutex is held for the whole of an operation, a log's own
+/// mutex being taken behind it, so a listener that is called through the manager must not call the manager. A
+/// log that was handed out must not be in use when destroyLog deletes it, and setupDefaultLog is to be called
+/// before other threads create logs without a directory.
+class VELOR_BASE_EXPORT VelorLogManager
+{
+public:
+    /// The one instance, built at the first call. At the end of the process it deletes the logs that it made.
+    static VelorLogManager& getSingleton();
+
+    /// The log filed under `name`, made on first demand with the file `directory`/`name`.log. An empty
+    /// `directory` is the last one given to setupDefaultLog, or the user's desktop. The directory is not
+    /// created. A `name` that exists gives that log and ignores `directory`. The first log becomes the
+    /// default, a later one if `makeDefault` says so. Two threads that create one name get one log. Owned by
+    /// the manager.
+    VelorLog* createLog(const std::string& name, std::string directory = {}, bool makeDefault = false);
+
+    /// The log filed under `name`, or null.
+    VelorLog* getLog(const std::string& name);
+
+    /// The log of messages without a log name, or null.
+    VelorLog* getDefaultLog();
+    /// Makes `log`, which may be null or not the manager's own, the default and returns the former one. The
+    /// manager deletes no log for having been the default.
+    VelorLog* setDefaultLog(VelorLog* log);
+
+    /// Deletes the log filed under `name`, if any. If it was the default, there is no default any more.
+    void destroyLog(const std::string& name);
+    /// Deletes `log` if it is filed here; the default as above.
+    void destroyLog(VelorLog* log);
+
+    /// Logs on the log filed under `logName`, silently on none if the name is unknown; with an empty name on
+    /// the default log.
+    void logMessage(const std::string& message, VelorLog::Level level = VelorLog::Info,
+                    bool skipConsole = false, const std::string& logName = {});
+    void logError(const std::string& message, bool skipConsole = false, const std::string& logName = {});
+    void logWarning(const std::string& message, bool skipConsole = false, const std::string& logName = {});
+    void logDebug0(const std::string& message, bool skipConsole = false, const std::string& logName = {});
+    void logDebug1(const std::string& message, bool skipConsole = false, const std::string& logName = {});
+    void logDebug2(const std::string& message, bool skipConsole = false, const std::string& logName = {});
+
+    /// A Stream aimed at the log that logMessage would choose, or at none. It delivers without the manager's
+    /// lock.
+    VelorLog::Stream stream(VelorLog::Level level = VelorLog::Info, bool skipConsole = false,
+                            const std::string& logName = {});
+
+    /// Sets the threshold of the default log alone.
+    void setMaxLogLevel(VelorLog::Level level);
+
+    /// Starts an application's logging: makes `directory` with its parents, creates in it the default log
+    /// "name_yyyy-MM-dd_hh-mm-ss.log" of the present local time, and deletes the old logs of `name` there.
+    /// False if the directory cannot be made or written; nothing has changed then.
+    static bool setupDefaultLog(const std::string& name, const std::string& directory);
+
+    /// Deletes from `directory` the files named as setupDefaultLog names them for `name` whose time stamp is
+    /// a day old or older, and reports each on the default log. No other file is ever touched. A `name` with
+    /// a dot in it matches no file.
+    static void deleteOldLogFiles(const std::string& name, const std::string& directory);
+
+private:
+    friend struct VelorLogTestAccess;
+
+    VelorLogManager() = default;
+    ~VelorLogManager();
+    VelorLogManager(const VelorLogManager&) = delete;
+    VelorLogManager& operator=(const VelorLogManager&) = delete;
+
+    VelorLog* findLog(const std::string& name) const;
+    VelorLog* findTarget(const std::string& logName) const;
+    void eraseLog(std::map<std::string, std::unique_ptr<VelorLog>>::iterator entry);
+    static void deleteOldLogFiles(const std::string& name, const std::string& directory,
+                                  const QDateTime& now);
+
+    static std::string mDefaultLogsDirectory;
+
+    std::map<std::string, std::unique_ptr<VelorLog>> mLogsByName;
+    VelorLog* mDefaultLog = nullptr;
+    std::mutex mMutex;
+};
