@@ -1,0 +1,281 @@
+#include "VelorZipStream.h"
+
+#include "PathForms.h"
+#include "VelorWildcard.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <Poco/DateTime.h>
+#include <Poco/Exception.h>
+#include <Poco/MemoryStream.h>
+#include <Poco/Path.h>
+#include <Poco/Zip/Compress.h>
+#include <Poco/Zip/ZipCommon.h>
+
+#include <filesystem>
+#include <system_error>
+
+using Poco::Zip::ZipCommon;
+
+namespace {
+
+/// The zip library reads and writes in small pieces; this many bytes go to the system at once.
+constexpr std::streamsize BufferSize = 1 << 20;
+
+/// A zip record counts the bytes of its name in 16 bits. The zip library does not look.
+constexpr std::size_t MaxNameBytes = 0xFFFF;
+
+std::filesystem::path diskName(const QString& path)
+{
+    return streamPath(toLongPath(WideString(path.utf16(), path.utf16() + path.size())));
+}
+
+/// A file stream with a large buffer of its own, which must be there before the file is opened and outlive
+/// its closing.
+template <typename Stream>
+class BufferedFile : public Stream
+{
+public:
+    BufferedFile(const QString& path, std::ios::openmode mode)
+    {
+        this->rdbuf()->pubsetbuf(mBuffer.get(), BufferSize);
+        this->open(diskName(path), mode);
+    }
+
+    ~BufferedFile() override { this->close(); }
+
+private:
+    std::unique_ptr<char[]> mBuffer = std::make_unique_for_overwrite<char[]>(BufferSize);
+};
+
+/// Windows refuses to open a folder, Linux only to read it.
+bool isReadable(std::ifstream& input)
+{
+    if (!input.is_open()) {
+        return false;
+    }
+    input.peek();
+    const bool isRead = !input.bad();
+    input.clear();
+    return isRead;
+}
+
+bool isEmpty(std::istream& input)
+{
+    const bool isAtEnd = input.peek() == std::istream::traits_type::eof();
+    input.clear();
+    return isAtEnd;
+}
+
+QString withLowerCaseFolder(const QString& name)
+{
+    const qsizetype backslash = name.lastIndexOf(u'\\');
+    const qsizetype separator = backslash >= 0 ? backslash : name.lastIndexOf(u'/');
+    return separator <= 0 ? name : name.left(separator).toLower() + name.mid(separator);
+}
+
+std::string extensionOf(const QString& name)
+{
+    return name.mid(name.lastIndexOf(u'.') + 1).toLower().toStdString();
+}
+
+QDirIterator::IteratorFlags walkFlags(bool recursive)
+{
+    return recursive ? QDirIterator::Subdirectories | QDirIterator::FollowSymlinks
+                     : QDirIterator::IteratorFlags(QDirIterator::NoIteratorFlags);
+}
+
+int shareOf(int scale, qsizetype count, qsizetype total)
+{
+    return static_cast<int>(static_cast<float>(count) / static_cast<float>(total) *
+                            static_cast<float>(scale));
+}
+
+} // namespace
+
+VelorZipStream::VelorZipStream(const QString& path)
+    : mPath(path)
+    , mOut(std::make_unique<BufferedFile<std::ofstream>>(path, std::ios::out | std::ios::binary))
+{
+    if (!mOut->is_open()) {
+        mOut.reset();
+        return;
+    }
+    mCompress = std::make_unique<Poco::Zip::Compress>(*mOut, true, true);
+}
+
+VelorZipStream::~VelorZipStream()
+{
+    if (mOut == nullptr) {
+        return;
+    }
+    if (isGood()) {
+        finish();
+    }
+    mOut->close();
+    if (mOut->bad()) {
+        QFile::remove(mPath);
+    }
+}
+
+bool VelorZipStream::isOpen() const { return mOut != nullptr && mOut->is_open(); }
+
+bool VelorZipStream::addFile(const QString& name, const QString& diskPath)
+{
+    if (!isGood()) {
+        return false;
+    }
+    BufferedFile<std::ifstream> input(diskPath, std::ios::in | std::ios::binary);
+    if (!isReadable(input) || isArchive(diskPath)) {
+        return fail();
+    }
+    return addEntry(name, input);
+}
+
+bool VelorZipStream::addFile(const QString& name, const char* data, std::uint64_t size)
+{
+    Poco::MemoryInputStream input(data, static_cast<std::streamsize>(size));
+    return addEntry(name, input);
+}
+
+bool VelorZipStream::addFolderEntry(const QString& name)
+{
+    const QString entry = name.toLower();
+    return write(entry.endsWith(u'/') ? entry : entry + u'/',
+                 [&](const Poco::Path& path) { mCompress->addDirectory(path, Poco::DateTime()); });
+}
+
+bool VelorZipStream::addFolder(const QString& folder, bool recursive, const QList<QString>& excludes,
+                               VelorPercentListener* listener, int scale)
+{
+    if (!isGood()) {
+        return false;
+    }
+    const QDir root(QDir(folder).absolutePath());
+    if (!addSubfolders(root, recursive)) {
+        return false;
+    }
+    const QList<QString> files = filesToAdd(root, recursive, excludes);
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        if (!addFile(root.relativeFilePath(files[i]), files[i])) {
+            return false;
+        }
+        if (listener != nullptr) {
+            listener->onPercent(shareOf(scale, i + 1, files.size()));
+        }
+    }
+    return true;
+}
+
+void VelorZipStream::addUncompressedExtension(const QString& extension)
+{
+    mStoreExtensions.insert(extensionOf(extension));
+    if (mCompress != nullptr) {
+        mCompress->setStoreExtensions(mStoreExtensions);
+    }
+}
+
+bool VelorZipStream::hasFile(const QString& name) const { return mFiles.contains(name); }
+
+bool VelorZipStream::canCompress(const QString& name) const
+{
+    return !mStoreExtensions.contains(extensionOf(name));
+}
+
+bool VelorZipStream::isGood() const { return isOpen() && !mOut->bad(); }
+
+bool VelorZipStream::fail()
+{
+    mOut->setstate(std::ios::badbit);
+    return false;
+}
+
+template <typename Call>
+bool VelorZipStream::write(const QString& entry, const Call& call)
+{
+    if (!isGood()) {
+        return false;
+    }
+    const std::string name = entry.toStdString();
+    if (name.size() > MaxNameBytes) {
+        return fail();
+    }
+    try {
+        // The style that takes both separators, whatever the system's own is.
+        call(Poco::Path(name, Poco::Path::PATH_WINDOWS));
+    } catch (const Poco::Exception&) {
+        // It stands for a full disk as well, which is told by the result, as are failed seeks below.
+        if (!mOut->fail()) {
+            throw;
+        }
+    } catch (...) {
+        fail(); // Memory ran out, perhaps in the midst of an entry.
+        throw;
+    }
+    return mOut->fail() ? fail() : true;
+}
+
+bool VelorZipStream::addEntry(const QString& name, std::istream& input)
+{
+    const QString entry = withLowerCaseFolder(name);
+    const bool wasEmpty = isEmpty(input);
+    const bool isWritten = write(entry, [&](const Poco::Path& path) {
+        mCompress->addFile(input, Poco::DateTime(), path, ZipCommon::CM_AUTO, ZipCommon::CL_MAXIMUM);
+    });
+    if (!isWritten) {
+        return false;
+    }
+    // The zip library takes an input that fails, or in which it cannot seek, for one that ends there.
+    if (!wasEmpty && (input.bad() || !input.eof())) {
+        return fail();
+    }
+    mFiles.append(entry);
+    return true;
+}
+
+bool VelorZipStream::addSubfolders(const QDir& root, bool recursive)
+{
+    QDirIterator folders(root.path(), {QStringLiteral("*")}, QDir::Dirs, walkFlags(recursive));
+    while (folders.hasNext()) {
+        const QString path = folders.next();
+        const QString name = folders.fileName();
+        const bool isSubfolder = name != QLatin1String(".") && name != QLatin1String("..");
+        if (isSubfolder && !addFolderEntry(root.relativeFilePath(path))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+QList<QString> VelorZipStream::filesToAdd(const QDir& root, bool recursive,
+                                          const QList<QString>& excludes) const
+{
+    QList<QString> chosen;
+    QDirIterator files(root.path(), {QStringLiteral("*.*")}, QDir::Files, walkFlags(recursive));
+    while (files.hasNext()) {
+        const QString path = files.next();
+        if (!VelorWildcard::check(root.relativeFilePath(path), excludes, Qt::CaseInsensitive) &&
+            !isArchive(path)) {
+            chosen.append(path);
+        }
+    }
+    return chosen;
+}
+
+bool VelorZipStream::isArchive(const QString& path) const
+{
+    std::error_code ignored;
+    return std::filesystem::equivalent(diskName(path), diskName(mPath), ignored);
+}
+
+void VelorZipStream::finish()
+{
+    try {
+        mCompress->close(); // Its last flush fails without an exception, and leaves the stream bad.
+    } catch (...) {
+        fail();
+    }
+}

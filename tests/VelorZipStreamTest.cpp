@@ -1,0 +1,309 @@
+#include <Velor.Base/VelorZipStream.h>
+
+#include <Poco/Exception.h>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <filesystem>
+#include <sys/resource.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+QString q(const char* utf8) { return QString::fromUtf8(utf8); }
+
+/// What two independent programs find in an archive: one line a record, "name method content" (method 0 is
+/// stored, 8 deflated). A damaged archive gives a line that no test expects.
+std::vector<std::string> read(const QString& archive)
+{
+    static const QString Script = q("import sys, zipfile\n"
+                                    "for i in (z := zipfile.ZipFile(sys.argv[1])).infolist():\n"
+                                    "    text = z.read(i).decode()[:20]\n"
+                                    "    print(i.filename, i.compress_type, text, file=sys.stderr)\n");
+    QProcess tester;
+    tester.start(q("7z"), {q("t"), archive});
+    if (!tester.waitForFinished() || tester.exitCode() != 0) {
+        return {"7z: " + tester.readAll().toStdString()};
+    }
+    QProcess reader;
+    reader.start(q("python3"), {q("-c"), Script, archive});
+    reader.waitForFinished();
+    std::vector<std::string> lines;
+    for (const QByteArray& line : reader.readAllStandardError().trimmed().split('\n')) {
+        lines.push_back(line.trimmed().toStdString());
+    }
+    return lines;
+}
+
+struct VelorZipStreamTest : testing::Test
+{
+    QTemporaryDir temporary;
+    QString archive = temporary.filePath(q("out.zip"));
+    QString root = temporary.filePath(q("root"));
+
+    void put(const char* relative, const QByteArray& content = "x")
+    {
+        const QString path = root + u'/' + q(relative);
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+};
+
+struct Opened : VelorZipStream
+{
+    using VelorZipStream::canCompress;
+    using VelorZipStream::VelorZipStream;
+};
+
+static_assert(!std::is_copy_constructible_v<VelorZipStream> && !std::is_copy_assignable_v<VelorZipStream>);
+
+TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFiles)
+{
+    put("Textures/Wood/Oak.PNG", "oak");
+    {
+        VelorZipStream zip(archive);
+        EXPECT_TRUE(zip.addFolder(root, true));
+        EXPECT_TRUE(zip.hasFile(q("textures/wood/Oak.PNG")));
+        EXPECT_FALSE(zip.hasFile(q("Textures/Wood/Oak.PNG")));
+        EXPECT_FALSE(zip.hasFile(q("textures/")));
+    }
+    EXPECT_THAT(read(archive), ElementsAre("textures/ 0", "textures/wood/ 0", "textures/wood/Oak.PNG 0 oak"));
+}
+
+struct Name
+{
+    const char* fault;
+    const char* given;
+    const char* entry; ///< null where the zip library rejects the name
+};
+
+const Name Names[] = {
+    {"backslash rejected on Linux", "Models\\Hero.fbx", "models/Hero.fbx"},
+    {"slash wins over the last backslash", "A\\B/C.txt", "a/B/C.txt"},
+    {"name without a folder in lower case", "Hero.TXT", "Hero.TXT"},
+    {"letters beyond ASCII", "\xC3\x84/\xC3\x84\xF0\x9F\x92\x83.txt",
+     "\xC3\xA4/\xC3\x84\xF0\x9F\x92\x83.txt"},
+    {"leading separator", "/Hero.txt", nullptr},
+    {"drive", "c:\\Hero.txt", nullptr},
+    {"colon behind one letter", "a:b.txt", nullptr},
+    {"way out of the target folder", "a/../../Hero.txt", nullptr},
+    {"home folder unfolded into the name", "~/Hero.txt", nullptr},
+    {"empty name", "", nullptr},
+};
+
+TEST_F(VelorZipStreamTest, NamesAreTheSameOnEverySystemAndRejectedOnesRaise)
+{
+    {
+        VelorZipStream zip(archive);
+        for (const Name& name : Names) {
+            if (name.entry == nullptr) {
+                EXPECT_THROW(zip.addFile(q(name.given), "x", 1), Poco::Exception) << name.fault;
+                EXPECT_FALSE(zip.hasFile(q(name.given))) << name.fault;
+            } else {
+                EXPECT_TRUE(zip.addFile(q(name.given), "x", 1)) << name.fault;
+            }
+        }
+        EXPECT_TRUE(zip.hasFile(q("a\\B/C.txt")));
+    }
+    const auto records = read(archive);
+    for (const Name& name : Names) {
+        if (name.entry != nullptr) {
+            EXPECT_THAT(records, testing::Contains(name.entry + std::string(" 8 x"))) << name.fault;
+        }
+    }
+}
+
+TEST_F(VelorZipStreamTest, NameLongerThanARecordHoldsFailsInsteadOfBeingCut)
+{
+    EXPECT_FALSE(VelorZipStream(archive).addFile(QString(65536, u'n'), "x", 1));
+    EXPECT_FALSE(QFile::exists(archive));
+}
+
+TEST_F(VelorZipStreamTest, FolderEntriesStandOnceAndWithTheirParents)
+{
+    {
+        VelorZipStream zip(archive);
+        EXPECT_TRUE(zip.addFolderEntry(q("Foo\\Bar/")));
+        EXPECT_TRUE(zip.addFolderEntry(q("FOO")));
+    }
+    EXPECT_THAT(read(archive), ElementsAre("foo/ 0", "foo/bar/ 0"));
+}
+
+TEST_F(VelorZipStreamTest, FolderLeavesOutWhatItMustNotPack)
+{
+    put("a.txt");
+    put("no dot");
+    put(".hidden.txt");
+    put("skip.TMP");
+    put("Sub/b.txt");
+    put("Sub/Deep/c.txt");
+    QFile::link(root, root + q("/Sub/loop"));
+    QFile::link(q("nowhere.txt"), root + q("/dangling.txt"));
+    archive = root + q("/own.zip");
+    {
+        VelorZipStream zip(archive);
+        std::filesystem::create_hard_link(archive.toStdString(), (root + q("/own link.zip")).toStdString());
+        EXPECT_TRUE(zip.addFolder(root, true, {q("*.tmp")}));
+    }
+    EXPECT_THAT(read(archive), UnorderedElementsAre("sub/ 0", "sub/deep/ 0", "sub/loop/ 0", "a.txt 8 x",
+                                                    "sub/b.txt 8 x", "sub/deep/c.txt 8 x"));
+    {
+        VelorZipStream zip(archive);
+        EXPECT_TRUE(zip.addFolder(root, false));
+    }
+    EXPECT_THAT(read(archive), UnorderedElementsAre("sub/ 0", "a.txt 8 x", "skip.TMP 8 x"));
+}
+
+TEST_F(VelorZipStreamTest, ListenerHearsTruncatedPercent)
+{
+    struct : VelorPercentListener
+    {
+        std::vector<int> heard;
+        void onPercent(int percent) override { heard.push_back(percent); }
+    } listener;
+    VelorZipStream zip(archive);
+    QDir().mkpath(root + q("/empty"));
+    EXPECT_TRUE(zip.addFolder(root, true, {}, &listener, 100));
+    EXPECT_THAT(listener.heard, ElementsAre());
+    put("a.txt");
+    put("b.txt");
+    put("c.txt");
+    EXPECT_TRUE(zip.addFolder(root, true, {}, &listener, 100));
+    EXPECT_THAT(listener.heard, ElementsAre(33, 66, 100));
+}
+
+TEST_F(VelorZipStreamTest, StoreExtensionsReplaceTheDefaultAndHoldForLaterEntries)
+{
+    const auto add = [](Opened& zip, const char* name) { EXPECT_TRUE(zip.addFile(q(name), "xxxxxxxx", 8)); };
+    {
+        Opened zip(archive);
+        add(zip, "1.png");
+        add(zip, "1.gz");
+        EXPECT_TRUE(zip.canCompress(q("1.png")));
+        zip.addUncompressedExtension(q("a/b.tar.GZ"));
+        EXPECT_FALSE(zip.canCompress(q("gz")));
+        add(zip, "2.png");
+        add(zip, "2.GZ");
+        EXPECT_TRUE(zip.addFile(q("empty.txt"), nullptr, 0));
+    }
+    EXPECT_THAT(read(archive), UnorderedElementsAre("1.png 0 xxxxxxxx", "1.gz 8 xxxxxxxx", "2.png 8 xxxxxxxx",
+                                                    "2.GZ 0 xxxxxxxx", "empty.txt 0"));
+}
+
+TEST_F(VelorZipStreamTest, UnreadableInputLosesTheArchiveForGood)
+{
+    put("good.txt");
+    const QString inputs[] = {root + q("/missing"), root, archive, q("/proc/self/mem")};
+    for (const QString& input : inputs) {
+        {
+            VelorZipStream zip(archive);
+            EXPECT_TRUE(zip.addFile(q("first"), "x", 1));
+            EXPECT_FALSE(zip.addFile(q("bad"), input)) << input.toStdString();
+            EXPECT_FALSE(zip.hasFile(q("bad")));
+            EXPECT_TRUE(zip.isOpen());
+            EXPECT_FALSE(zip.addFile(q("later"), "x", 1));
+            EXPECT_FALSE(zip.addFile(q("a:b"), root + q("/good.txt")));
+            EXPECT_FALSE(zip.addFolderEntry(q("later")));
+            EXPECT_FALSE(zip.addFolder(root, true));
+        }
+        EXPECT_FALSE(QFile::exists(archive)) << input.toStdString();
+    }
+}
+
+TEST_F(VelorZipStreamTest, ArchiveThatCannotBeCreatedIsInert)
+{
+    put("a.txt");
+    for (const QString& path : {root, root + q("/missing/out.zip"), QString()}) {
+        VelorZipStream zip(path);
+        EXPECT_FALSE(zip.isOpen());
+        EXPECT_FALSE(zip.addFile(q("a"), "x", 1));
+        EXPECT_FALSE(zip.addFolderEntry(q("a")));
+        EXPECT_FALSE(zip.addFolder(root, true));
+        zip.addUncompressedExtension(q("txt"));
+    }
+    EXPECT_TRUE(QFile::exists(root + q("/a.txt")));
+}
+
+/// While it lives, no file of this process grows beyond `bytes`: a disk that is full at that point.
+struct FullDisk
+{
+    explicit FullDisk(qint64 bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &former);
+        const rlimit limited = {static_cast<rlim_t>(bytes), former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &former); }
+    rlimit former = {};
+};
+
+/// Packs, whatever happens; whether every add operation returned true.
+bool pack(const QString& archive, const QString& folder, int folderEntries)
+{
+    VelorZipStream zip(archive);
+    bool isGood = zip.addFile(q("memory.txt"), "memory", 6) && zip.addFolder(folder, true);
+    for (int i = 0; i < folderEntries; ++i) {
+        isGood = zip.addFolderEntry(QString::number(i).leftJustified(250, u'n')) && isGood;
+    }
+    return isGood;
+}
+
+TEST_F(VelorZipStreamTest, DiskThatFillsAtAnyByteLeavesNoArchiveAndNoException)
+{
+    put("Clips/walk.csv", "0.25,0.5,0.75");
+    put("Clips/cover.png", QByteArray(3000, 'p'));
+    put("notes.txt", "notes");
+    EXPECT_TRUE(pack(archive, root, 0));
+    const qint64 size = QFileInfo(archive).size();
+    int lostAtTheEnd = 0;
+    for (qint64 limit = 0; limit <= size; ++limit) {
+        bool isGood = false;
+        {
+            const FullDisk disk(limit);
+            EXPECT_NO_THROW(isGood = pack(archive, root, 0)) << limit;
+        }
+        ASSERT_EQ(QFile::exists(archive), limit == size) << limit;
+        EXPECT_TRUE(limit > 0 || !isGood) << "a seek that failed was taken for success";
+        lostAtTheEnd += isGood && limit < size ? 1 : 0;
+    }
+    EXPECT_GT(lostAtTheEnd, 0) << "no limit reached the finishing of the archive";
+    EXPECT_THAT(read(archive), testing::SizeIs(5));
+}
+
+TEST_F(VelorZipStreamTest, DiskThatFillsInADirectoryBeyondTheBufferLeavesNoArchive)
+{
+    put("a.txt");
+    EXPECT_TRUE(pack(archive, root, 5000));
+    const qint64 size = QFileInfo(archive).size();
+    for (const qint64 share : {1, 2, 3, 4}) {
+        const FullDisk disk(size * share / 4 - 1);
+        EXPECT_NO_THROW(pack(archive, root, 5000));
+        EXPECT_FALSE(QFile::exists(archive)) << share;
+    }
+}
+
+TEST_F(VelorZipStreamTest, PathsThatTheFormsRewriteStillOpen)
+{
+    QDir().mkpath(root + q("/c:"));
+    const QString former = QDir::currentPath();
+    QDir::setCurrent(root);
+    for (const QString& path : {u'/' + root + q("/x.zip"), q("c:/x.zip"), q("a:b.zip"),
+                                q("\xF0\x9F\x92\x83.zip"), QString(255, u'n')}) {
+        EXPECT_TRUE(VelorZipStream(path).addFile(q("a"), "x", 1)) << path.toStdString();
+        EXPECT_THAT(read(QDir(root).absoluteFilePath(path)), ElementsAre("a 8 x")) << path.toStdString();
+        EXPECT_TRUE(VelorZipStream(archive).addFile(q("b"), path)) << path.toStdString();
+    }
+    QDir::setCurrent(former);
+}
+
+} // namespace
