@@ -1,0 +1,122 @@
+#pragma once
+
+#include "VelorBaseExport.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QDataStream>
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtGui/QPixmap>
+
+#include <cstdint>
+
+class QMimeData;
+
+/// What travels with a drag inside the application, and between two running copies of it: a list of named
+/// items, each with bytes of its own, and a number that tells what kind of thing is dragged. A second service
+/// makes the image that the cursor carries meanwhile.
+///
+/// A plain value: copies share the items until one side changes, and one object belongs to one thread at a
+/// time. A moved-from object has no items and keeps its type.
+///
+/// In a `QMimeData` and in a `QDataStream` the payload has one form, which carries no version:
+///
+/// | Field | Form |
+/// |---|---|
+/// | number of items | `qint32` |
+/// | type | `qint32` |
+/// | then for each item: name | `QVariant` of a `QString` |
+/// | and data | `QVariant` of a `QByteArray` |
+///
+/// Writer and reader must use the same byte order and version of `QDataStream`. `getMimeData` and the
+/// constructor from mime data use those that a new stream has: big-endian, and the version of the Qt at hand.
+class VELOR_BASE_EXPORT VelorDropData
+{
+public:
+    /// The kind of a drag. Any other number is carried through unchanged and means nothing here.
+    enum Type : std::int32_t
+    {
+        Nothing = 0,
+        Clip = 2,
+        Category = 3,
+    };
+
+    struct Item
+    {
+        QString name;
+        QByteArray data; ///< not looked into
+    };
+
+    /// The mime format of a payload, and the second name of the meta type.
+    static constexpr char MetaTypeName[] = "application/x-velordropdata";
+
+    /// How many images a drag of several things should show at most. Nothing here applies it: the caller
+    /// chooses the images.
+    static constexpr int DragMultipleDefaultLimit = 3;
+
+    /// Side of the square slot of one image, in device-independent pixels.
+    static constexpr int DragPixmapSize = 100;
+
+    /// How much each further image adds to the width, in device-independent pixels.
+    static constexpr int DragPixmapExtraWidth = 20;
+
+    /// No items, and the type `Nothing`.
+    VelorDropData() = default;
+
+    /// Reads the payload of `mimeData`, which must not be null and stays the caller's. Mime data without the
+    /// format gives no items and the type `Nothing`; broken bytes give what stands before the first error.
+    explicit VelorDropData(const QMimeData* mimeData);
+
+    VelorDropData(const QList<Item>& items, Type type);
+
+    const QList<Item>& getItems() const { return mItems; }
+    void addItem(const Item& item);
+
+    /// The names of all items in list order, one for each item.
+    QList<QString> getItemNames() const;
+
+    void setType(Type type) { mType = type; }
+    Type getType() const { return mType; }
+
+    /// Whether the type is `Clip` or `Category`.
+    bool isClipOrCategory() { return mType == Clip || mType == Category; }
+
+    /// A new object that holds the payload under `MetaTypeName` and no other format. The caller owns it.
+    QMimeData* getMimeData() const;
+
+    /// Lets `QMetaType` find the class by `MetaTypeName` as well as by its own name. Call it once, before the
+    /// first look-up by either name; further calls do nothing.
+    static void registerMetaTypes();
+
+    /// The image for a drag of several things: `pixmaps` fanned out to the right like cards, the first on top
+    /// at the left edge. With `addPlus` the image of the resource ":/Edit/Drag_Plus", which the application
+    /// supplies, comes behind them as the last card.
+    ///
+    /// Each card is scaled to fit its slot, keeps its shape, and stands in the slot's top left corner. What
+    /// no card covers is transparent. A single card is given as it was scaled, without a slot around it. A
+    /// null pixmap, or a plus image that cannot be loaded, takes its slot and draws nothing. No card at all
+    /// gives a null pixmap.
+    ///
+    /// `devicePixelRatio`, above 0, is that of the screen: it scales the slots, and the result carries it. A
+    /// pixmap counts with its real pixels, whatever ratio it carries itself. Call it on the GUI thread, as
+    /// everything that paints pixmaps.
+    static QPixmap getDragMultiplePixmap(QList<QPixmap> pixmaps, bool addPlus, double devicePixelRatio);
+
+private:
+    friend VELOR_BASE_EXPORT QDataStream& operator>>(QDataStream& stream, VelorDropData& payload);
+
+    QList<Item> mItems;
+    Type mType = Nothing;
+};
+
+/// Writes the payload in the form that the class tells.
+VELOR_BASE_EXPORT QDataStream& operator<<(QDataStream& stream, const VelorDropData& payload);
+
+/// Reads a payload: its items come behind those that are there, its type replaces the old one.
+///
+/// The bytes may come from a stranger. A text is read where a name or data is expected, and so are bytes, a
+/// number, a truth value and a variant without value, each converted by `QVariant`; containers, nested
+/// variants and all other types are refused before they are read. Reading ends at the first error, which the
+/// stream's status tells, and keeps the items that were whole. Memory and time follow the bytes that are
+/// there, never the counts that they announce. The stream's version must be `QDataStream::Qt_4_2` or later.
+VELOR_BASE_EXPORT QDataStream& operator>>(QDataStream& stream, VelorDropData& payload);
