@@ -1,0 +1,154 @@
+#include "KelbTags.h"
+
+#include "KelbSynonyms.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QStringTokenizer>
+#include <QtXml/QDomElement>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool isSameTag(const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
+
+/// A tag as a key. The comparison alone decides; the hash relies on no more than that texts which compare
+/// equal ignoring case have the same folded form.
+struct TagKey
+{
+    QString tag;
+
+    friend bool operator==(const TagKey& a, const TagKey& b) { return isSameTag(a.tag, b.tag); }
+    friend size_t qHash(const TagKey& key, size_t seed) { return qHash(key.tag.toCaseFolded(), seed); }
+};
+
+QStringView withoutLeadingBlanks(QStringView text)
+{
+    const auto first = std::find_if(text.begin(), text.end(), [](QChar unit) { return unit != u' '; });
+    return {first, text.end()};
+}
+
+bool isGenderTag(const QString& tag, const KelbSynonyms& synonyms)
+{
+    return synonyms.areSynonyms(tag, KelbTags::MaleTag) || synonyms.areSynonyms(tag, KelbTags::FemaleTag);
+}
+
+QList<QString> withoutGender(QList<QString> tags, const KelbSynonyms& synonyms)
+{
+    tags.removeIf([&](const QString& tag) { return isGenderTag(tag, synonyms); });
+    return tags;
+}
+
+bool hasSynonymOf(const QString& word, const QList<QString>& tags, const KelbSynonyms& synonyms)
+{
+    return std::any_of(tags.begin(), tags.end(),
+                       [&](const QString& tag) { return synonyms.areSynonyms(tag, word); });
+}
+
+} // namespace
+
+const QString KelbTags::DefaultTag = QStringLiteral("Default");
+const QString KelbTags::MaleTag = QStringLiteral("male");
+const QString KelbTags::FemaleTag = QStringLiteral("female");
+
+KelbTags::KelbTags(QString text) { fromString(std::move(text)); }
+
+KelbTags::KelbTags(QList<QString> tags) { fromStringList(std::move(tags)); }
+
+QString KelbTags::XMLElementName() { return QStringLiteral("tags"); }
+
+bool KelbTags::usesDefault() { return true; }
+
+void KelbTags::addTag(QString tag)
+{
+    if (!hasTag(tag)) {
+        mTags.append(std::move(tag));
+    }
+}
+
+void KelbTags::removeTag(const QString& tag) { mTags.removeAll(tag); }
+
+void KelbTags::learnFromTags(const KelbTags& other)
+{
+    for (const QString& tag : other.mTags) {
+        addTag(tag);
+    }
+}
+
+void KelbTags::readXML(const QDomElement& element) { fromString(element.attribute(XMLElementName())); }
+
+void KelbTags::writeXML(QDomElement& element) { element.setAttribute(XMLElementName(), toString()); }
+
+void KelbTags::fromString(QString text)
+{
+    mTags.clear();
+    QSet<TagKey> known;
+    for (const QStringView part : qTokenize(text, u',')) {
+        const TagKey key{withoutLeadingBlanks(part).toString()};
+        if (!key.tag.isEmpty() && !known.contains(key)) {
+            known.insert(key);
+            mTags.append(key.tag);
+        }
+    }
+    if (mTags.isEmpty() && usesDefault()) {
+        mTags.append(DefaultTag);
+    }
+    mTags.sort(Qt::CaseInsensitive);
+}
+
+void KelbTags::fromStringList(QList<QString> tags)
+{
+    mTags = std::move(tags);
+    mTags.sort(Qt::CaseInsensitive);
+}
+
+QString KelbTags::toString() const { return mTags.join(QStringLiteral(", ")); }
+
+bool KelbTags::hasTag(const QString& tag) const { return mTags.contains(tag, Qt::CaseInsensitive); }
+
+QList<QString> KelbTags::compareTags(const KelbTags& other, const KelbSynonyms* synonyms,
+                                     bool ignoreGender) const
+{
+    const bool dropsGender = ignoreGender && synonyms != nullptr;
+    const QList<QString> ours = dropsGender ? withoutGender(mTags, *synonyms) : mTags;
+    const QList<QString> theirs = dropsGender ? withoutGender(other.mTags, *synonyms) : other.mTags;
+    QList<QString> matches;
+    for (const QString& our : ours) {
+        for (const QString& their : theirs) {
+            if (isSameTag(our, their) || (synonyms != nullptr && synonyms->areSynonyms(our, their))) {
+                matches.append(our);
+            }
+        }
+    }
+    return matches;
+}
+
+bool KelbTags::hasMaleTag(const KelbSynonyms* synonyms) const
+{
+    return hasSynonymOf(MaleTag, mTags, *synonyms);
+}
+
+bool KelbTags::hasFemaleTag(const KelbSynonyms* synonyms) const
+{
+    return hasSynonymOf(FemaleTag, mTags, *synonyms);
+}
+
+bool KelbTags::hasNoGenderTags(const KelbSynonyms* synonyms) const
+{
+    return hasMaleTag(synonyms) == hasFemaleTag(synonyms);
+}
+
+bool KelbTags::operator==(const KelbTags& other) const
+{
+    return mTags.size() == other.mTags.size() &&
+           std::all_of(mTags.begin(), mTags.end(), [&](const QString& tag) { return other.hasTag(tag); });
+}
+
+VelorCategoryTags::VelorCategoryTags(QString text)
+    : KelbTags(std::move(text))
+{}
+
+QString VelorCategoryTags::XMLElementName() { return QStringLiteral("categoryTags"); }
+
+bool VelorCategoryTags::usesDefault() { return false; }

@@ -1,0 +1,50 @@
+#include "VelorVersion.h"
+
+#include <QtCore/QStringList>
+
+#include <utility>
+
+namespace {
+
+QStringList partsOf(QString text)
+{
+    text.remove(QStringLiteral("Version "), Qt::CaseInsensitive);
+    text.remove(u'v');
+    if (const qsizetype blank = text.indexOf(u' '); blank >= 0) {
+        text.truncate(blank);
+    }
+    return text.split(u'.', Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+VelorVersion::VelorVersion(QString text)
+{
+    const QStringList parts = partsOf(std::move(text));
+    mMajor = parts.value(0).toInt();
+    mMid = parts.value(1).toInt();
+    mMinor = parts.value(2).toInt();
+}
+
+QString VelorVersion::toString() const
+{
+    return isNull() ? QString() : QStringLiteral("%1.%2.%3").arg(mMajor).arg(mMid).arg(mMinor);
+}
+
+QString VelorVersion::toCodeString(int parts) const
+{
+    if (isNull()) {
+        return {};
+    }
+    const auto padded = [](int number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
+    switch (parts) {
+    case 0:
+        return padded(mMajor);
+    case 1:
+        return padded(mMajor) + padded(mMid);
+    default:
+        return padded(mMajor) + padded(mMid) + padded(mMinor);
+    }
+}
+
+VelorVersion VelorVersion::current() { return VelorVersion(QStringLiteral(VELOR_BASE_VERSION)); }
