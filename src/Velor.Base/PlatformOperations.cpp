@@ -1,11 +1,398 @@
 #include "PlatformOperations.h"
 
-#include "Win32.h"
-
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <string>
+#include <iostream>
+
+static_assert(sizeof(WNDCLASSEXA) == 80);
+static_assert(sizeof(MONITORINFO) == 40);
+static_assert(sizeof(SHELLEXECUTEINFOA) == 112);
+static_assert(sizeof(PROCESSENTRY32) == 304);
+static_assert(sizeof(PlatformOperations) == 33 * sizeof(void (*)()));
 
 namespace {
+
+constexpr DWORD DarkTitleBarAttribute = 20;
+constexpr std::size_t ExecutablePathBytes = 260;
+
+// The error dialog of the process. It has empty fields until the first window for it is made.
+std::array<DialogField, 4> errorDialogFields;
+int errorDialogAcceptId = -1;
+ErrorDialogCallback errorDialogCallback = nullptr;
+std::array<char, 16384> errorDialogText; ///< One control's text at a time.
+
+HWND focusWatchWindow = nullptr;
+HWND focusTargetWindow = nullptr;
+
+std::string lastErrorText()
+{
+    const DWORD error = GetLastError();
+    if (error == 0) {
+        return {};
+    }
+    constexpr DWORD Flags =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM;
+    constexpr DWORD UserLanguage = 1024;
+    char* buffer = nullptr;
+    const DWORD length =
+        FormatMessageA(Flags, nullptr, error, UserLanguage, reinterpret_cast<char*>(&buffer), 0, nullptr);
+    std::string text(buffer, length);
+    LocalFree(buffer);
+    return text;
+}
+
+HWND createdOrReported(HWND window, const char* what)
+{
+    if (window == nullptr) {
+        std::fprintf(stderr, "[ERROR] Creating %s '%s'\n", what, lastErrorText().c_str());
+    }
+    return window;
+}
+
+void give(int* out, LONG value)
+{
+    if (out != nullptr) {
+        *out = static_cast<int>(value);
+    }
+}
+
+void giveBounds(const RECT& bounds, int* x, int* y, int* width, int* height)
+{
+    give(x, bounds.left);
+    give(y, bounds.top);
+    give(width, bounds.right - bounds.left);
+    give(height, bounds.bottom - bounds.top);
+}
+
+LRESULT CALLBACK errorWindowProc(HWND window, UINT message, WPARAM first, LPARAM second)
+{
+    switch (message) {
+    case WM_PAINT: {
+        PAINTSTRUCT paint;
+        BeginPaint(window, &paint);
+        EndPaint(window, &paint);
+        return 0;
+    }
+    case WM_CLOSE:
+        PostQuitMessage(0);
+        return 0;
+    default:
+        return DefWindowProcA(window, message, first, second);
+    }
+}
+
+void fillErrorDialog(HWND dialog)
+{
+    for (std::size_t i = 0; i < 3; ++i) {
+        SetDlgItemTextA(dialog, errorDialogFields[i].id, errorDialogFields[i].text.c_str());
+    }
+    EnableWindow(GetDlgItem(dialog, errorDialogFields[2].id), FALSE);
+}
+
+std::string readErrorDialogField(HWND dialog, std::size_t field)
+{
+    const int size = static_cast<int>(errorDialogText.size());
+    const UINT length = GetDlgItemTextA(dialog, errorDialogFields[field].id, errorDialogText.data(), size);
+    return {errorDialogText.data(), length};
+}
+
+void acceptErrorDialog(HWND dialog)
+{
+    const std::string first = readErrorDialogField(dialog, 0);
+    const std::string second = readErrorDialogField(dialog, 3);
+    const std::string third = readErrorDialogField(dialog, 1);
+    if (errorDialogCallback != nullptr) {
+        errorDialogCallback(dialog, first.c_str(), second.c_str(), third.c_str());
+    }
+}
+
+/// The button that accepts may have the identifier that otherwise cancels.
+INT_PTR onErrorDialogCommand(HWND dialog, int command)
+{
+    if (command == errorDialogAcceptId) {
+        acceptErrorDialog(dialog);
+        return 1;
+    }
+    if (command == IDCANCEL) {
+        SendMessageA(dialog, WM_CLOSE, 0, 0);
+        return 1;
+    }
+    return 0;
+}
+
+INT_PTR CALLBACK errorDialogProc(HWND dialog, UINT message, WPARAM first, LPARAM)
+{
+    switch (message) {
+    case WM_DESTROY:
+        return 1;
+    case WM_CLOSE:
+        EndDialog(dialog, 0);
+        SendMessageA(GetParent(dialog), WM_CLOSE, 0, 0);
+        return 1;
+    case WM_INITDIALOG:
+        fillErrorDialog(dialog);
+        return 1;
+    case WM_COMMAND:
+        return onErrorDialogCommand(dialog, LOWORD(first));
+    default:
+        return 0;
+    }
+}
+
+LRESULT CALLBACK focusHookProc(int code, WPARAM first, LPARAM second)
+{
+    const bool isWatched = reinterpret_cast<HWND>(first) == focusWatchWindow;
+    if (code == HCBT_SETFOCUS && isWatched && focusTargetWindow != nullptr) {
+        SetForegroundWindow(focusTargetWindow);
+    }
+    return CallNextHookEx(nullptr, code, first, second);
+}
+
+int destroyWindow(HWND window) { return DestroyWindow(window); }
+
+HWND createWindow(const char* title, const char* className, HWND parent, int width, int height)
+{
+    const HINSTANCE instance = GetModuleHandleA(nullptr);
+    WNDCLASSEXA windowClass = {};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.style = CS_VREDRAW | CS_HREDRAW;
+    windowClass.lpfnWndProc = errorWindowProc;
+    windowClass.hInstance = instance;
+    windowClass.hIcon = LoadIconA(nullptr, MAKEINTRESOURCEA(32512));
+    windowClass.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));
+    windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
+    windowClass.lpszClassName = className;
+    RegisterClassExA(&windowClass);
+    return createdOrReported(
+        CreateWindowExA(0, className, title, 0, 0, 0, width, height, parent, nullptr, instance, nullptr),
+        "window");
+}
+
+HWND createErrorWindow(const char* title, const char* className, HWND, int width, int height, int acceptId,
+                       const std::vector<DialogField>& fields, const ErrorDialogCallback& callback)
+{
+    if (fields.size() != errorDialogFields.size()) {
+        std::fprintf(stderr, "[ERROR] Creating error window: Invalid number of parameters\n");
+        return nullptr;
+    }
+    const HINSTANCE instance = GetModuleHandleA(nullptr);
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = errorWindowProc;
+    windowClass.hInstance = instance;
+    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(std::intptr_t(COLOR_BACKGROUND));
+    windowClass.lpszClassName = className;
+    if (RegisterClassA(&windowClass) == 0) {
+        return nullptr;
+    }
+    const HWND window = createdOrReported(CreateWindowExA(0, className, title, WS_OVERLAPPEDWINDOW, 0, 0,
+                                                          width, height, nullptr, nullptr, instance, nullptr),
+                                          "error window");
+    if (window != nullptr) {
+        std::copy(fields.begin(), fields.end(), errorDialogFields.begin());
+        errorDialogAcceptId = acceptId;
+        errorDialogCallback = callback;
+    }
+    return window;
+}
+
+HWND createDialog(HWND parent, std::uint16_t resourceId)
+{
+    return createdOrReported(CreateDialogParamA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(resourceId),
+                                                parent, errorDialogProc, 0),
+                             "dialog");
+}
+
+void runDialogLoop(HWND dialog)
+{
+    MSG message;
+    while (GetMessageA(&message, nullptr, 0, 0) != 0) {
+        if (!IsDialogMessageA(dialog, &message)) {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
+        }
+    }
+}
+
+int setDialogItemText(HWND dialog, int id, const char* text) { return SetDlgItemTextA(dialog, id, text); }
+
+unsigned int getDialogItemText(HWND dialog, int id, char* buffer, int size)
+{
+    return GetDlgItemTextA(dialog, id, buffer, size);
+}
+
+int showMessageBox(HWND, const char* caption, const char* text)
+{
+    return MessageBoxA(nullptr, text, caption, 0);
+}
+
+HWND getDialogItem(HWND dialog, int id) { return createdOrReported(GetDlgItem(dialog, id), "dialog"); }
+
+void getWindowBounds(HWND window, int* x, int* y, int* width, int* height)
+{
+    RECT bounds = {};
+    GetWindowRect(window, &bounds);
+    giveBounds(bounds, x, y, width, height);
+}
+
+void getDesktopBounds(int* x, int* y, int* width, int* height)
+{
+    getWindowBounds(GetDesktopWindow(), x, y, width, height);
+}
+
+void getClientBounds(HWND window, int* x, int* y, int* width, int* height)
+{
+    RECT bounds = {};
+    GetClientRect(window, &bounds);
+    POINT corners[] = {{bounds.left, bounds.top}, {bounds.right, bounds.bottom}};
+    MapWindowPoints(window, GetParent(window), corners, 2);
+    giveBounds({corners[0].x, corners[0].y, corners[1].x, corners[1].y}, x, y, width, height);
+}
+
+bool getMonitorBounds(HWND window, int* x, int* y, int* width, int* height)
+{
+    const HMONITOR monitor = MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST);
+    MONITORINFO info = {};
+    info.cbSize = sizeof(info);
+    if (monitor == nullptr || !GetMonitorInfoA(monitor, &info)) {
+        return false;
+    }
+    giveBounds(info.rcMonitor, x, y, width, height);
+    return true;
+}
+
+bool isWindowVisible(HWND window) { return IsWindowVisible(window) != 0; }
+
+int enableWindow(HWND window, bool isEnabled) { return EnableWindow(window, isEnabled); }
+
+HWND getParentWindow(HWND window) { return GetParent(window); }
+
+int endDialog(HWND dialog) { return EndDialog(dialog, 0); }
+
+LRESULT closeWindow(HWND window) { return SendMessageA(window, WM_CLOSE, 0, 0); }
+
+HWND getForegroundWindow() { return GetForegroundWindow(); }
+
+int setForegroundWindow(HWND window) { return SetForegroundWindow(window); }
+
+void getCursorPosition(int* x, int* y)
+{
+    POINT position = {};
+    GetCursorPos(&position);
+    give(x, position.x);
+    give(y, position.y);
+}
+
+void setDarkTitleBar(HWND window, bool isWindows11OrLater)
+{
+    if (!isWindows11OrLater) {
+        std::fprintf(stderr, "Windows version is less than 11. Dark mode title bar not applied.\n");
+        return;
+    }
+    const BOOL isDark = 1;
+    if (DwmSetWindowAttribute(window, DarkTitleBarAttribute, &isDark, sizeof(isDark)) < 0) {
+        std::fprintf(stderr, "Failed to set dark mode title bar.\n");
+    }
+}
+
+bool isKeyDown(int selector)
+{
+    const int key = selector == 0 ? VK_ESCAPE : selector == 1 ? VK_RETURN : 0;
+    return (GetKeyState(key) & 0x80) != 0;
+}
+
+bool makeDirectory(const char* path) { return _mkdir(path) != 0; }
+
+HHOOK installFocusHook(HWND watch, HWND target)
+{
+    focusWatchWindow = watch;
+    focusTargetWindow = target;
+    return SetWindowsHookExA(WH_CBT, focusHookProc, nullptr, GetCurrentThreadId());
+}
+
+std::string getExecutablePath()
+{
+    std::array<char, ExecutablePathBytes> path = {};
+    GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return {path.begin(), std::find(path.begin(), path.end(), '\0')};
+}
+
+std::string getTempDirectory()
+{
+    const char* directory = std::getenv("TEMP");
+    return directory != nullptr ? directory : "C:\\Temp";
+}
+
+void runCommand(HWND owner, const char* command, bool isElevated)
+{
+    SHELLEXECUTEINFOA info = {};
+    info.cbSize = sizeof(info);
+    info.fMask = SEE_MASK_NOCLOSEPROCESS;
+    info.hwnd = owner;
+    info.lpVerb = isElevated ? "runas" : nullptr;
+    info.lpFile = command;
+    info.lpParameters = "";
+    info.nShow = SW_SHOW;
+    if (!ShellExecuteExA(&info)) {
+        const DWORD error = GetLastError();
+        std::cerr << "Error: " << error << " executing command: " << command << std::endl;
+        return;
+    }
+    if (info.hProcess != nullptr) {
+        WaitForSingleObject(info.hProcess, INFINITE);
+        CloseHandle(info.hProcess);
+    }
+}
+
+HINSTANCE shellExecute(const char* verb, const char* path)
+{
+    return ShellExecuteA(nullptr, verb, path, "", nullptr, SW_SHOWNORMAL);
+}
+
+HINSTANCE shellOpen(const char* path, bool isElevated)
+{
+    if (isElevated) {
+        return shellExecute("runas", path);
+    }
+    const HINSTANCE result = shellExecute("open", path);
+    const bool isDenied = reinterpret_cast<std::intptr_t>(result) == SE_ERR_ACCESSDENIED;
+    return isDenied ? shellExecute("runas", path) : result;
+}
+
+LRESULT broadcastSettingChange(LPARAM parameter, unsigned int timeoutMs)
+{
+    return SendMessageTimeoutA(HWND_BROADCAST, WM_SETTINGCHANGE, 0, parameter, SMTO_ABORTIFHUNG, timeoutMs,
+                               nullptr);
+}
+
+bool isInSnapshot(HANDLE snapshot, const char* executableName)
+{
+    PROCESSENTRY32 entry = {};
+    entry.dwSize = sizeof(entry);
+    if (!Process32First(snapshot, &entry)) {
+        std::fprintf(stderr, "Error creating the first process %d\n", static_cast<int>(GetLastError()));
+        return false;
+    }
+    do {
+        if (std::strcmp(entry.szExeFile, executableName) == 0) {
+            return true;
+        }
+    } while (Process32Next(snapshot, &entry));
+    return false;
+}
+
+bool isProcessRunning(const char* executableName)
+{
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool isRunning = isInSnapshot(snapshot, executableName);
+    CloseHandle(snapshot);
+    return isRunning;
+}
 
 bool registerCrashFile(const char* path)
 {
@@ -22,10 +409,51 @@ bool registerCrashFile(const char* path)
     return true;
 }
 
+void closeHandle(HANDLE handle)
+{
+    if (handle != nullptr) {
+        CloseHandle(handle);
+    }
+}
+
 } // namespace
 
 const PlatformOperations& platformOperations()
 {
-    static constexpr PlatformOperations Table = {registerCrashFile};
+    static constexpr PlatformOperations Table = {
+        .destroyWindow = destroyWindow,
+        .createWindow = createWindow,
+        .createErrorWindow = createErrorWindow,
+        .createDialog = createDialog,
+        .runDialogLoop = runDialogLoop,
+        .setDialogItemText = setDialogItemText,
+        .getDialogItemText = getDialogItemText,
+        .showMessageBox = showMessageBox,
+        .getDialogItem = getDialogItem,
+        .getWindowBounds = getWindowBounds,
+        .getDesktopBounds = getDesktopBounds,
+        .getClientBounds = getClientBounds,
+        .getMonitorBounds = getMonitorBounds,
+        .isWindowVisible = isWindowVisible,
+        .enableWindow = enableWindow,
+        .getParentWindow = getParentWindow,
+        .endDialog = endDialog,
+        .closeWindow = closeWindow,
+        .getForegroundWindow = getForegroundWindow,
+        .setForegroundWindow = setForegroundWindow,
+        .getCursorPosition = getCursorPosition,
+        .setDarkTitleBar = setDarkTitleBar,
+        .isKeyDown = isKeyDown,
+        .makeDirectory = makeDirectory,
+        .installFocusHook = installFocusHook,
+        .getExecutablePath = getExecutablePath,
+        .getTempDirectory = getTempDirectory,
+        .runCommand = runCommand,
+        .shellOpen = shellOpen,
+        .broadcastSettingChange = broadcastSettingChange,
+        .isProcessRunning = isProcessRunning,
+        .registerCrashFile = registerCrashFile,
+        .closeHandle = closeHandle,
+    };
     return Table;
 }

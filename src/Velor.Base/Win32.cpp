@@ -7,10 +7,22 @@ std::filesystem::path streamPath(const std::basic_string<WCHAR>& path) { return 
 #else
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
 #include <fcntl.h>
+#include <fstream>
+#include <map>
+#include <spawn.h>
+#include <string_view>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -120,12 +132,178 @@ std::string nativePath(const WideString& path)
     return encodeUtf8(path);
 }
 
+// A handle is a descriptor of a file, process or snapshot, and one, so that none of them has the null handle.
 int fileDescriptor(HANDLE file) { return static_cast<int>(reinterpret_cast<std::intptr_t>(file)) - 1; }
+
+HANDLE handleOf(int descriptor) { return reinterpret_cast<HANDLE>(std::intptr_t(descriptor) + 1); }
 
 bool isDirectory(std::FILE* stream)
 {
     struct stat status = {};
     return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+constexpr DWORD ErrorFileNotFound = 2;
+constexpr DWORD ErrorAccessDenied = 5;
+constexpr DWORD ErrorGeneralFailure = 31;
+constexpr DWORD ErrorInvalidWindow = 1400;
+constexpr DWORD ErrorUnknownClass = 1407;
+constexpr DWORD ErrorClassExists = 1410;
+constexpr DWORD ErrorNoSuchControl = 1421;
+constexpr DWORD ErrorNoSuchResource = 1814;
+constexpr int OpenerFoundNoFile = 2;
+constexpr std::intptr_t LaunchSucceeded = 33;
+
+thread_local DWORD lastError = 0;
+
+DWORD errorOf(int number)
+{
+    return number == ENOENT                      ? ErrorFileNotFound
+           : number == EACCES || number == EPERM ? ErrorAccessDenied
+                                                 : ErrorGeneralFailure;
+}
+
+bool isRunAs(const char* verb) { return verb != nullptr && std::string_view(verb) == "runas"; }
+
+/// The process that runs `arguments`, or -1 with the last error set.
+pid_t spawn(std::vector<const char*> arguments)
+{
+    arguments.push_back(nullptr);
+    pid_t process = -1;
+    const int error =
+        posix_spawnp(&process, arguments[0], nullptr, nullptr, const_cast<char**>(arguments.data()), environ);
+    lastError = error == 0 ? 0 : errorOf(error);
+    return error == 0 ? process : -1;
+}
+
+bool isNumber(const std::string& text) { return std::all_of(text.begin(), text.end(), isdigit); }
+
+/// The file name of the program that `/proc/ID` runs: of its file, else of its command line, which both may
+/// be hidden, else the name that the system keeps, cut to 15 characters.
+std::string programName(const std::filesystem::path& process)
+{
+    std::error_code error;
+    const auto file = std::filesystem::read_symlink(process / "exe", error);
+    if (!error) {
+        return file.filename();
+    }
+    std::string line;
+    std::getline(std::ifstream(process / "cmdline"), line, '\0');
+    if (line.empty()) {
+        std::getline(std::ifstream(process / "comm"), line);
+    }
+    return std::filesystem::path(line).filename();
+}
+
+struct Window
+{
+    WNDPROC procedure;
+    DLGPROC dialogProcedure;
+    HWND parentOrOwner;
+    DWORD style;
+    int id;
+    RECT bounds; ///< On the desktop.
+    std::string text;
+    bool isEnabled = true;
+};
+
+/// All that the headless windows have in common.
+struct Desktop
+{
+    HWND root = reinterpret_cast<HWND>(std::uintptr_t(0x10000));
+    std::map<HWND, Window> windows = {
+        {root, {nullptr, nullptr, nullptr, WS_VISIBLE, 0, {0, 0, 1280, 1024}, {}}}};
+    std::uintptr_t lastHandle = 0x10000; ///< No handle is used twice, so that a dead one stays dead.
+    std::map<std::string, WNDPROC> classes;
+    std::map<std::uintptr_t, std::vector<DialogControl>> templates;
+    std::deque<MSG> messages;
+    bool isQuitting = false;
+    std::vector<HOOKPROC> hooks; ///< The last one is called first.
+    std::size_t currentHook = 0;
+    HWND foreground = nullptr;
+    HWND focus = nullptr;
+    POINT cursor = {0, 0};
+    std::array<BYTE, 256> keys = {};
+};
+
+Desktop& desktop()
+{
+    static Desktop one;
+    return one;
+}
+
+Window* find(HWND window)
+{
+    const auto found = desktop().windows.find(window);
+    if (found == desktop().windows.end()) {
+        lastError = ErrorInvalidWindow;
+        return nullptr;
+    }
+    return &found->second;
+}
+
+/// Calls the newest of the `count` oldest hooks, which passes on by `CallNextHookEx`.
+LRESULT callHook(std::size_t count, int code, WPARAM first, LPARAM second)
+{
+    if (count == 0) {
+        return 0;
+    }
+    const std::size_t outer = desktop().currentHook;
+    desktop().currentHook = count - 1;
+    const LRESULT result = desktop().hooks[count - 1](code, first, second);
+    desktop().currentHook = outer;
+    return result;
+}
+
+LRESULT callHooks(int code, HWND window)
+{
+    return callHook(desktop().hooks.size(), code, reinterpret_cast<WPARAM>(window), 0);
+}
+
+/// A new window, or null if a hook forbids it.
+HWND addWindow(Window window)
+{
+    const HWND handle = reinterpret_cast<HWND>(++desktop().lastHandle);
+    desktop().windows.emplace(handle, std::move(window));
+    if (callHooks(HCBT_CREATEWND, handle) != 0) {
+        desktop().windows.erase(handle);
+        return nullptr;
+    }
+    return handle;
+}
+
+HWND addControl(HWND dialog, int id, const RECT& bounds, const char* text = "")
+{
+    const RECT& outer = find(dialog)->bounds;
+    const RECT onDesktop = {outer.left + bounds.left, outer.top + bounds.top, outer.left + bounds.right,
+                            outer.top + bounds.bottom};
+    return addWindow({DefWindowProcA, nullptr, dialog, WS_CHILD | WS_VISIBLE, id, onDesktop, text});
+}
+
+LRESULT dialogWindowProc(HWND window, UINT message, WPARAM first, LPARAM second)
+{
+    const DLGPROC procedure = find(window)->dialogProcedure;
+    if (procedure != nullptr) {
+        procedure(window, message, first, second);
+    }
+    return 0;
+}
+
+ATOM registerClass(const char* name, WNDPROC procedure)
+{
+    if (name == nullptr || *name == '\0' || !desktop().classes.emplace(name, procedure).second) {
+        lastError = ErrorClassExists;
+        return 0;
+    }
+    return static_cast<ATOM>(desktop().classes.size());
+}
+
+bool isInside(HWND window, HWND outer)
+{
+    while (window != nullptr && window != outer) {
+        window = GetParent(window);
+    }
+    return window == outer;
 }
 
 } // namespace
@@ -144,11 +322,10 @@ int MultiByteToWideChar(UINT, DWORD, const char* text, int bytes, WCHAR* wide, i
     return count;
 }
 
-// A handle is the descriptor and one, so that no open file has the null handle.
 HANDLE CreateFileW(const WCHAR* path, DWORD, DWORD, void*, DWORD, DWORD, HANDLE)
 {
     const int descriptor = open(nativePath(path).c_str(), O_WRONLY | O_CLOEXEC);
-    return descriptor < 0 ? INVALID_HANDLE_VALUE : reinterpret_cast<HANDLE>(std::intptr_t(descriptor) + 1);
+    return descriptor < 0 ? INVALID_HANDLE_VALUE : handleOf(descriptor);
 }
 
 BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER*, DWORD)
@@ -180,6 +357,430 @@ int _fseeki64(std::FILE* stream, std::int64_t offset, int origin) { return fseek
 std::int64_t _ftelli64(std::FILE* stream) { return ftello(stream); }
 
 HRESULT WerRegisterFile(const WCHAR*, int, DWORD) { return S_OK; }
+
+int _mkdir(const char* path) { return mkdir(path, 0777); }
+
+int _putenv(const char* assignment)
+{
+    const std::string name(assignment, std::strcspn(assignment, "="));
+    const char* value = assignment + name.size() + 1;
+    return *value == '\0' ? unsetenv(name.c_str()) : setenv(name.c_str(), value, 1);
+}
+
+DWORD GetCurrentThreadId() { return static_cast<DWORD>(gettid()); }
+
+HINSTANCE GetModuleHandleA(const char*) { return reinterpret_cast<HINSTANCE>(std::uintptr_t(1)); }
+
+DWORD GetModuleFileNameA(HINSTANCE, char* path, DWORD size)
+{
+    const ssize_t length = readlink("/proc/self/exe", path, size - 1);
+    path[std::max<ssize_t>(length, 0)] = '\0';
+    return static_cast<DWORD>(std::max<ssize_t>(length, 0));
+}
+
+BOOL ShellExecuteExA(SHELLEXECUTEINFOA* info)
+{
+    const bool isElevated = isRunAs(info->lpVerb);
+    const pid_t process = isElevated ? spawn({"pkexec", info->lpFile}) : spawn({info->lpFile});
+    if (process < 0) {
+        return FALSE;
+    }
+    const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+    info->hProcess = descriptor < 0 ? nullptr : handleOf(descriptor);
+    return TRUE;
+}
+
+HINSTANCE ShellExecuteA(HWND, const char* verb, const char* file, const char*, const char*, int)
+{
+    const pid_t process = isRunAs(verb) ? spawn({"pkexec", "xdg-open", file}) : spawn({"xdg-open", file});
+    int status = 0;
+    std::intptr_t result = LaunchSucceeded;
+    if (process < 0) {
+        result = lastError;
+    } else if (waitpid(process, &status, 0) < 0 || status != 0) {
+        const bool isMissing = WIFEXITED(status) && WEXITSTATUS(status) == OpenerFoundNoFile;
+        result = isMissing ? ErrorFileNotFound : ErrorGeneralFailure;
+    }
+    return reinterpret_cast<HINSTANCE>(result);
+}
+
+DWORD WaitForSingleObject(HANDLE process, DWORD)
+{
+    siginfo_t info = {};
+    while (waitid(P_PIDFD, static_cast<id_t>(fileDescriptor(process)), &info, WEXITED) != 0 &&
+           errno == EINTR) {
+    }
+    return 0;
+}
+
+HANDLE CreateToolhelp32Snapshot(DWORD, DWORD)
+{
+    const int descriptor = memfd_create("processes", MFD_CLOEXEC);
+    if (descriptor < 0) {
+        return INVALID_HANDLE_VALUE;
+    }
+    std::error_code error;
+    for (std::filesystem::directory_iterator at("/proc", error), end; !error && at != end;
+         at.increment(error)) {
+        PROCESSENTRY32 entry = {};
+        if (isNumber(at->path().filename())) {
+            programName(at->path()).copy(entry.szExeFile, sizeof(entry.szExeFile) - 1);
+            std::ignore = write(descriptor, &entry, sizeof(entry));
+        }
+    }
+    return handleOf(descriptor);
+}
+
+BOOL Process32First(HANDLE snapshot, PROCESSENTRY32* entry)
+{
+    lseek(fileDescriptor(snapshot), 0, SEEK_SET);
+    return Process32Next(snapshot, entry);
+}
+
+BOOL Process32Next(HANDLE snapshot, PROCESSENTRY32* entry)
+{
+    return read(fileDescriptor(snapshot), entry, sizeof(*entry)) == sizeof(*entry);
+}
+
+DWORD GetLastError() { return lastError; }
+
+DWORD FormatMessageA(DWORD, const void*, DWORD error, DWORD, char* buffer, DWORD, std::va_list*)
+{
+    const std::string text = "Error " + std::to_string(error) + ".\r\n";
+    *reinterpret_cast<char**>(buffer) = strdup(text.c_str());
+    return static_cast<DWORD>(text.size());
+}
+
+void* LocalFree(void* memory)
+{
+    std::free(memory);
+    return nullptr;
+}
+
+ATOM RegisterClassA(const WNDCLASSA* windowClass)
+{
+    return registerClass(windowClass->lpszClassName, windowClass->lpfnWndProc);
+}
+
+ATOM RegisterClassExA(const WNDCLASSEXA* windowClass)
+{
+    return registerClass(windowClass->lpszClassName, windowClass->lpfnWndProc);
+}
+
+HWND CreateWindowExA(DWORD, const char* className, const char* title, DWORD style, int x, int y, int width,
+                     int height, HWND parent, HMENU, HINSTANCE, void*)
+{
+    if (parent != nullptr && find(parent) == nullptr) {
+        return nullptr;
+    }
+    const auto procedure = desktop().classes.find(className != nullptr ? className : "");
+    if (procedure == desktop().classes.end()) {
+        lastError = ErrorUnknownClass;
+        return nullptr;
+    }
+    return addWindow({procedure->second,
+                      nullptr,
+                      parent,
+                      style,
+                      0,
+                      {x, y, x + width, y + height},
+                      title != nullptr ? title : ""});
+}
+
+BOOL DestroyWindow(HWND window)
+{
+    if (find(window) == nullptr) {
+        return FALSE;
+    }
+    SendMessageA(window, WM_DESTROY, 0, 0);
+    const auto windows = desktop().windows;
+    for (const auto& [other, state] : windows) {
+        if (state.parentOrOwner == window) {
+            DestroyWindow(other);
+        }
+    }
+    desktop().windows.erase(window);
+    return TRUE;
+}
+
+HWND GetDesktopWindow() { return desktop().root; }
+
+HWND GetParent(HWND window)
+{
+    const Window* found = find(window);
+    return found != nullptr && (found->style & (WS_CHILD | WS_POPUP)) != 0 ? found->parentOrOwner : nullptr;
+}
+
+BOOL GetWindowRect(HWND window, RECT* bounds)
+{
+    const Window* found = find(window);
+    if (found == nullptr) {
+        return FALSE;
+    }
+    *bounds = found->bounds;
+    return TRUE;
+}
+
+BOOL GetClientRect(HWND window, RECT* bounds)
+{
+    if (!GetWindowRect(window, bounds)) {
+        return FALSE;
+    }
+    *bounds = {0, 0, bounds->right - bounds->left, bounds->bottom - bounds->top};
+    return TRUE;
+}
+
+int MapWindowPoints(HWND from, HWND to, POINT* points, UINT count)
+{
+    RECT source = {};
+    RECT target = {};
+    GetWindowRect(from, &source);
+    GetWindowRect(to, &target);
+    for (UINT i = 0; i < count; ++i) {
+        points[i].x += source.left - target.left;
+        points[i].y += source.top - target.top;
+    }
+    return 0;
+}
+
+HMONITOR MonitorFromWindow(HWND window, DWORD)
+{
+    return find(window) != nullptr ? reinterpret_cast<HMONITOR>(desktop().root) : nullptr;
+}
+
+BOOL GetMonitorInfoA(HMONITOR, MONITORINFO* info)
+{
+    info->rcMonitor = info->rcWork = find(desktop().root)->bounds;
+    return TRUE;
+}
+
+BOOL IsWindowVisible(HWND window)
+{
+    const Window* found = find(window);
+    return found != nullptr && (found->style & WS_VISIBLE) != 0;
+}
+
+BOOL EnableWindow(HWND window, BOOL isEnabled)
+{
+    Window* found = find(window);
+    if (found == nullptr) {
+        return FALSE;
+    }
+    const bool wasEnabled = std::exchange(found->isEnabled, isEnabled != 0);
+    return !wasEnabled;
+}
+
+HRESULT DwmSetWindowAttribute(HWND window, DWORD, const void*, DWORD)
+{
+    return find(window) != nullptr ? S_OK : -1;
+}
+
+HICON LoadIconA(HINSTANCE, const char*) { return nullptr; }
+
+HCURSOR LoadCursorA(HINSTANCE, const char*) { return nullptr; }
+
+HGDIOBJ GetStockObject(int) { return nullptr; }
+
+HDC BeginPaint(HWND, PAINTSTRUCT*) { return nullptr; }
+
+BOOL EndPaint(HWND, const PAINTSTRUCT*) { return TRUE; }
+
+LRESULT DefWindowProcA(HWND window, UINT message, WPARAM, LPARAM)
+{
+    if (message == WM_CLOSE) {
+        DestroyWindow(window);
+    }
+    return 0;
+}
+
+LRESULT SendMessageA(HWND window, UINT message, WPARAM first, LPARAM second)
+{
+    const Window* found = find(window);
+    const WNDPROC procedure = found != nullptr ? found->procedure : nullptr;
+    return procedure != nullptr ? procedure(window, message, first, second) : 0;
+}
+
+LRESULT SendMessageTimeoutA(HWND, UINT message, WPARAM first, LPARAM second, UINT, UINT, ULONG_PTR*)
+{
+    const auto windows = desktop().windows;
+    for (const auto& [window, state] : windows) {
+        if ((state.style & WS_CHILD) == 0) {
+            SendMessageA(window, message, first, second);
+        }
+    }
+    return TRUE;
+}
+
+BOOL PostMessageA(HWND window, UINT message, WPARAM first, LPARAM second)
+{
+    desktop().messages.push_back({window, message, first, second});
+    return TRUE;
+}
+
+void PostQuitMessage(int) { desktop().isQuitting = true; }
+
+BOOL GetMessageA(MSG* message, HWND, UINT, UINT)
+{
+    auto& messages = desktop().messages;
+    while (messages.empty() && !desktop().isQuitting) {
+        pause();
+    }
+    if (messages.empty()) {
+        desktop().isQuitting = false;
+        return FALSE;
+    }
+    *message = messages.front();
+    messages.pop_front();
+    return TRUE;
+}
+
+BOOL TranslateMessage(const MSG*) { return FALSE; }
+
+LRESULT DispatchMessageA(const MSG* message)
+{
+    return SendMessageA(message->hwnd, message->message, message->wParam, message->lParam);
+}
+
+int MessageBoxA(HWND, const char* text, const char* caption, UINT)
+{
+    constexpr int TextId = 0xFFFF;
+    const HWND box = addWindow({dialogWindowProc, nullptr, nullptr, WS_POPUP | WS_VISIBLE, 0, {}, caption});
+    if (box == nullptr) {
+        return 0;
+    }
+    addControl(box, TextId, {}, text);
+    callHooks(HCBT_ACTIVATE, box);
+    DestroyWindow(box);
+    return IDOK;
+}
+
+const char* MAKEINTRESOURCEA(WORD id) { return reinterpret_cast<const char*>(std::uintptr_t(id)); }
+
+WORD LOWORD(WPARAM value) { return static_cast<WORD>(value); }
+
+HWND CreateDialogParamA(HINSTANCE, const char* resource, HWND parent, DLGPROC procedure, LPARAM parameter)
+{
+    const auto found = desktop().templates.find(reinterpret_cast<std::uintptr_t>(resource));
+    if (found == desktop().templates.end()) {
+        lastError = ErrorNoSuchResource;
+        return nullptr;
+    }
+    const HWND dialog = addWindow({dialogWindowProc, procedure, parent, WS_POPUP | WS_VISIBLE, 0, {}, {}});
+    if (dialog != nullptr) {
+        for (const DialogControl& control : found->second) {
+            addControl(dialog, control.id, control.bounds);
+        }
+        SendMessageA(dialog, WM_INITDIALOG, 0, parameter);
+    }
+    return dialog;
+}
+
+BOOL EndDialog(HWND dialog, INT_PTR)
+{
+    Window* found = find(dialog);
+    if (found == nullptr || found->procedure != dialogWindowProc) {
+        return FALSE;
+    }
+    found->style &= ~WS_VISIBLE;
+    return TRUE;
+}
+
+BOOL IsDialogMessageA(HWND dialog, MSG* message)
+{
+    if (!isInside(message->hwnd, dialog)) {
+        return FALSE;
+    }
+    DispatchMessageA(message);
+    return TRUE;
+}
+
+HWND GetDlgItem(HWND dialog, int id)
+{
+    for (const auto& [window, state] : desktop().windows) {
+        if (state.parentOrOwner == dialog && (state.style & WS_CHILD) != 0 && state.id == id) {
+            return window;
+        }
+    }
+    lastError = ErrorNoSuchControl;
+    return nullptr;
+}
+
+BOOL SetDlgItemTextA(HWND dialog, int id, const char* text)
+{
+    const HWND control = GetDlgItem(dialog, id);
+    if (control == nullptr) {
+        return FALSE;
+    }
+    find(control)->text = text;
+    return TRUE;
+}
+
+UINT GetDlgItemTextA(HWND dialog, int id, char* text, int size)
+{
+    const HWND control = GetDlgItem(dialog, id);
+    const std::string shown = control != nullptr ? find(control)->text : std::string();
+    if (size <= 0) {
+        return 0;
+    }
+    const std::size_t length = shown.copy(text, static_cast<std::size_t>(size) - 1);
+    text[length] = '\0';
+    return static_cast<UINT>(length);
+}
+
+HWND GetForegroundWindow() { return desktop().foreground; }
+
+BOOL SetForegroundWindow(HWND window)
+{
+    if (find(window) == nullptr || callHooks(HCBT_ACTIVATE, window) != 0) {
+        return FALSE;
+    }
+    desktop().foreground = window;
+    return TRUE;
+}
+
+HWND SetFocus(HWND window)
+{
+    if (find(window) == nullptr || callHooks(HCBT_SETFOCUS, window) != 0) {
+        return nullptr;
+    }
+    return std::exchange(desktop().focus, window);
+}
+
+HHOOK SetWindowsHookExA(int, HOOKPROC hook, HINSTANCE, DWORD)
+{
+    desktop().hooks.push_back(hook);
+    return reinterpret_cast<HHOOK>(desktop().hooks.size());
+}
+
+LRESULT CallNextHookEx(HHOOK, int code, WPARAM first, LPARAM second)
+{
+    return callHook(desktop().currentHook, code, first, second);
+}
+
+SHORT GetKeyState(int key) { return static_cast<signed char>(desktop().keys[static_cast<BYTE>(key)]); }
+
+BOOL SetKeyboardState(BYTE* keys)
+{
+    std::copy_n(keys, desktop().keys.size(), desktop().keys.begin());
+    return TRUE;
+}
+
+BOOL GetCursorPos(POINT* position)
+{
+    *position = desktop().cursor;
+    return TRUE;
+}
+
+BOOL SetCursorPos(int x, int y)
+{
+    desktop().cursor = {x, y};
+    return TRUE;
+}
+
+void addDialogTemplate(WORD id, std::vector<DialogControl> controls)
+{
+    desktop().templates[id] = std::move(controls);
+}
 
 std::filesystem::path streamPath(const std::basic_string<WCHAR>& path) { return nativePath(path); }
 
