@@ -1,0 +1,271 @@
+#include "VelorMath.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QTextStream>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+// The build compiles this file with the contraction of a * b + c switched off. The functions of
+// VelorVectors.h that are used here are inline, and so compiled here under the same rule.
+
+namespace {
+
+constexpr float PiFloat = 3.1415927F;
+constexpr double Pi = 3.141592653589793;
+constexpr float TwoPiFloat = 6.2831855F;
+
+/// The four factors of the points of a cubic curve.
+struct Weights
+{
+    float p0;
+    float p1;
+    float p2;
+    float p3;
+};
+
+/// The Bernstein polynomials at `t`. Powers are products here: of a float, the square is exact in double and
+/// the cube is rounded once, so that both, rounded to float, are what pow gives. benchmarks/PowComparison.cpp
+/// compares them for every float.
+Weights bernstein(float t)
+{
+    const float u = 1 - t;
+    const double squareT = double(t) * t;
+    const double squareU = double(u) * u;
+    return {float(squareU * u), float(squareU * 3.0 * t), float(squareT * (3 * u)), float(squareT * t)};
+}
+
+/// The derivatives of the Bernstein polynomials at `t`.
+Weights bernsteinDerivative(float t)
+{
+    const float u = 1 - t;
+    const double squareT = double(t) * t;
+    const double squareU = double(u) * u;
+    return {float(squareU * -3.0), float(9.0 * squareT - (12 * t) + 3.0), float((6 * t) - 9.0 * squareT),
+            float(squareT * 3.0)};
+}
+
+/// The sum starts at zero, which turns a sum of negative zeros into a positive one.
+template <typename Vector>
+Vector weightedSum(const Weights& weights, const Vector& p0, const Vector& p1, const Vector& p2,
+                   const Vector& p3)
+{
+    return Vector{} + weights.p0 * p0 + weights.p1 * p1 + weights.p2 * p2 + weights.p3 * p3;
+}
+
+/// `v` at unit length; a vector without a length comes back as it is.
+TVec2d<float> normalized(const TVec2d<float>& v)
+{
+    const float size = length(v);
+    return size > 0 ? v * (1 / size) : v;
+}
+
+/// `x` within -1..1; NaN stays NaN.
+float clampToUnit(float x)
+{
+    if (x < -1) {
+        return -1;
+    }
+    return x > 1 ? 1.0F : x;
+}
+
+/// A cubic polynomial with the coefficients of 1, t, t^2 and t^3.
+struct Cubic
+{
+    TVec3d<float> c0;
+    TVec3d<float> c1;
+    TVec3d<float> c2;
+    TVec3d<float> c3;
+};
+
+Cubic catmullRom(const TVec3d<float>& p0, const TVec3d<float>& p1, const TVec3d<float>& p2,
+                 const TVec3d<float>& p3)
+{
+    // The terms with 0 stay: they carry an infinity or NaN of any point into every coefficient.
+    const auto coefficient = [&](float w0, float w1, float w2, float w3) {
+        return w0 * p0 + w1 * p1 + w2 * p2 + w3 * p3;
+    };
+    return {coefficient(0, 1, 0, 0), coefficient(-0.5F, 0, 0.5F, 0), coefficient(1, -2.5F, 2, -0.5F),
+            coefficient(-0.5F, 1.5F, -1.5F, 0.5F)};
+}
+
+float angleOfCosine(float cosine)
+{
+    if (cosine <= -1) {
+        return PiFloat;
+    }
+    return cosine >= 1 ? 0.0F : std::acos(cosine);
+}
+
+/// The angle between `heading` and the unit or zero vector `direction`, as a fraction of a half turn.
+float turnFraction(const TVec2d<float>& heading, const TVec2d<float>& direction)
+{
+    constexpr float SmallestDivisor = 0.000001F;
+    const float divisor = std::max(SmallestDivisor, length(heading) * length(direction));
+    const float cosine = clampToUnit(dot(heading, direction) / divisor);
+    return float(double(angleOfCosine(cosine)) / Pi);
+}
+
+/// The control points of the Bézier curve from `start` to `end` that arrives along `heading`.
+struct Controls
+{
+    TVec2d<float> first;
+    TVec2d<float> second;
+};
+
+Controls turningControls(const TVec2d<float>& start, const TVec2d<float>& end, const TVec2d<float>& heading,
+                         float bulge, float handleLength)
+{
+    const TVec2d<float> middle = (start + end) * 0.5F;
+    const TVec2d<float> chord = end - start;
+    const TVec2d<float> direction = normalized(chord);
+
+    TVec2d<float> second = end - heading * handleLength;
+    const float behind = dot(second - start, direction);
+    if (behind < 0) {
+        second += -behind * direction;
+    }
+
+    const float turn = turnFraction(heading, direction);
+    const float side = VelorMath::sgn(heading.y * direction.x - heading.x * direction.y);
+    const TVec2d<float> leftOfChord{-chord.y, chord.x};
+    return {middle - leftOfChord * bulge * turn * side, second};
+}
+
+/// An empty list with room for `count` knots. A list that finds no memory fails here, before the knots that
+/// do find some have filled the machine.
+QList<VelorCurveKnot> emptyList(qsizetype count)
+{
+    QList<VelorCurveKnot> knots;
+    knots.reserve(count);
+    if (knots.capacity() < count) { // reserve does not tell
+        qBadAlloc();
+    }
+    return knots;
+}
+
+} // namespace
+
+std::uint32_t VelorMath::nextPowerOfTwo(std::uint32_t value)
+{
+    --value;
+    for (const int shift : {1, 2, 4, 8, 16}) {
+        value |= value >> shift;
+    }
+    return value + 1;
+}
+
+float VelorMath::easeInEaseOut(float t, float exponent)
+{
+    const float a = std::pow(t, exponent);
+    const float b = std::pow(1 - t, exponent);
+    return a / (b + a);
+}
+
+float VelorMath::smootherStep(float t) { return ((t * 6 - 15) * t + 10) * (t * t * t); }
+
+TVec2d<float> VelorMath::bezierCubic2D(TVec2d<float> p0, TVec2d<float> p1, TVec2d<float> p2, TVec2d<float> p3,
+                                       float t)
+{
+    return weightedSum(bernstein(t), p0, p1, p2, p3);
+}
+
+TVec2d<float> VelorMath::bezierCubicTangent2D(TVec2d<float> p0, TVec2d<float> p1, TVec2d<float> p2,
+                                              TVec2d<float> p3, float t)
+{
+    return normalized(weightedSum(bernsteinDerivative(t), p0, p1, p2, p3));
+}
+
+TVec3d<float> VelorMath::bezierCubic3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2, TVec3d<float> p3,
+                                       float t)
+{
+    return weightedSum(bernstein(t), p0, p1, p2, p3);
+}
+
+TVec3d<float> VelorMath::catmullRom3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2, TVec3d<float> p3,
+                                      float t)
+{
+    const Cubic curve = catmullRom(p0, p1, p2, p3);
+    const float squareT = t * t;
+    return curve.c0 + t * curve.c1 + squareT * curve.c2 + (squareT * t) * curve.c3;
+}
+
+TVec3d<float> VelorMath::derivCatmullRom3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2,
+                                           TVec3d<float> p3, float t)
+{
+    const Cubic curve = catmullRom(p0, p1, p2, p3);
+    return curve.c1 + (t + t) * curve.c2 + ((3 * t) * t) * curve.c3;
+}
+
+TVec2d<float> VelorMath::cardioid2D(TVec2d<float> center, float scale, float angle)
+{
+    const float twice = angle + angle;
+    return {(2 * std::cos(angle) - std::cos(twice)) * scale + center.x,
+            (2 * std::sin(angle) - std::sin(twice)) * scale + center.y};
+}
+
+float VelorMath::map(float x, float inMin, float inMax, float outMin, float outMax)
+{
+    return (x - inMin) / (inMax - inMin) * (outMax - outMin) + outMin;
+}
+
+float VelorMath::signedAngle(const TVec3d<float>& a, const TVec3d<float>& b, const TVec3d<float>& axis)
+{
+    if (length(a) == 0 || length(b) == 0) {
+        return 0;
+    }
+    const float angle = std::acos(clampToUnit(dot(a, b)));
+    return angle * (dot(cross(a, b), axis) > 0 ? 1.0F : -1.0F);
+}
+
+float VelorMath::sgn(float x)
+{
+    if (x > 0) {
+        return 1;
+    }
+    return x < 0 ? -1.0F : 0.0F;
+}
+
+float VelorMath::normal(float x, float width, float mean)
+{
+    const float sigma = width / 3;
+    const float z = (x - mean) / sigma;
+    return std::exp(z * z * -0.5F) * (1 / (std::sqrt(TwoPiFloat) * sigma));
+}
+
+QList<VelorCurveKnot> VelorMath::turningCurve(TVec2d<float> start, TVec2d<float> target,
+                                              TVec2d<float> heading, float bulge, float handleLength,
+                                              float runIn, int segments)
+{
+    const float run = std::min(runIn, length(target - start));
+    const TVec2d<float> end = target - heading * run;
+    const Controls controls = turningControls(start, end, heading, bulge, handleLength);
+
+    QList<VelorCurveKnot> knots = emptyList(std::max<qsizetype>(segments, -1) + 2);
+    const float step = 1 / float(segments);
+    // Wider than segments, so that it can step past the largest of them.
+    for (qsizetype i = 0; i <= segments; ++i) {
+        const float t = float(i) * step;
+        knots.append({bezierCubic2D(start, controls.first, controls.second, end, t),
+                      bezierCubicTangent2D(start, controls.first, controls.second, end, t)});
+    }
+    if (run > 0) {
+        knots.append({target, heading});
+    }
+    return knots;
+}
+
+void VelorMath::plotCurve(QString path)
+{
+    QFile file(std::move(path));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        return;
+    }
+    constexpr float PlotStep = 0.01F;
+    QTextStream text(&file);
+    // Added up rather than multiplied: the 100th sum is just below 1 and gives the last line.
+    for (float t = 0; t < 1; t += PlotStep) {
+        text << QStringLiteral("%1 %2\n").arg(double(t)).arg(double(easeInEaseOut(t, 2)));
+    }
+}

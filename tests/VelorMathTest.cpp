@@ -1,0 +1,319 @@
+#include "LiteralMaths.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <random>
+
+#if __has_include(<sys/resource.h>)
+#include <sys/resource.h>
+#endif
+
+namespace {
+
+using Vec2 = TVec2d<float>;
+using Vec3 = TVec3d<float>;
+
+constexpr float Infinity = std::numeric_limits<float>::infinity();
+constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
+
+struct CurveRow
+{
+    float t;
+    float values[11];
+};
+
+// Both tables are the output of VelorMathTables.py. The values are bezierCubic2D, bezierCubicTangent2D, z of
+// bezierCubic3D, catmullRom3D and derivCatmullRom3D.
+const CurveRow CurveRows[] = {
+    {0x0.0p+0F,
+     {0x1.99999ap-4F, -0x1.99999ap-3F, 0x1.878738p-2F, 0x1.d918bcp-1F, 0x1.333334p-2F, 0x1.4cccccp+0F,
+      0x1.59999ap+1F, -0x1.19999ap+0F, -0x1.400000p+1F, 0x1.c00000p+0F, 0x1.e66668p-1F}},
+    {0x1.000000p+0F,
+     {0x1.666666p+2F, -0x1.c66666p+2F, 0x1.6bc44ap-1F, -0x1.684d64p-1F, 0x1.ccccccp-1F, -0x1.39999cp+2F,
+      0x1.a66668p+1F, 0x1.199994p+1F, 0x1.133340p+1F, -0x1.399994p+2F, 0x1.ffffc0p-1F}},
+    {0x1.99999ap-4F,
+     {0x1.0c63f0p-2F, 0x1.2f41f2p-1F, -0x1.0f85a2p-6F, 0x1.ffee00p-1F, 0x1.7f62b0p-7F, 0x1.cf212ap-1F,
+      0x1.738a0ap+1F, -0x1.e119cep-1F, -0x1.5276ccp+2F, 0x1.21374cp+1F, 0x1.1af1a8p+1F}},
+    {0x1.555556p-2F,
+     {-0x1.18a6e0p-2F, 0x1.9c71c4p+0F, -0x1.dec6c0p-1F, 0x1.6adcb2p-2F, 0x1.f49f50p-4F, -0x1.ac9028p-1F,
+      0x1.bd27d2p+1F, -0x1.6c16b8p-3F, -0x1.1f7778p+3F, 0x1.37777ap+1F, 0x1.044444p+2F}},
+    {0x1.666666p-1F,
+     {0x1.0ff800p-7F, -0x1.e68090p-2F, 0x1.0037c8p-1F, -0x1.bb4778p-1F, 0x1.143fe6p+0F, -0x1.0232ccp+2F,
+      0x1.000f92p+2F, 0x1.6669a8p+0F, -0x1.b58940p+2F, -0x1.50e4c0p-3F, 0x1.f50e54p+1F}},
+    {0x1.fae148p-1F,
+     {0x1.528f22p+2F, -0x1.b2a484p+2F, 0x1.69d122p-1F, -0x1.6a42a2p-1F, 0x1.e010f0p-1F, -0x1.3ad8a0p+2F,
+      0x1.ac8be8p+1F, 0x1.183b44p+1F, 0x1.bee080p+0F, -0x1.2d134cp+2F, 0x1.233a00p+0F}},
+    {-0x1.000000p-1F,
+     {-0x1.486666p+3F, -0x1.4c0004p+2F, 0x1.f5631cp-1F, 0x1.9ed2aep-3F, 0x1.c5999cp+2F, -0x1.726668p+1F,
+      0x1.959998p+1F, 0x1.833334p-1F, 0x1.64999cp+4F, -0x1.2d9998p+2F, -0x1.313334p+3F}},
+    {0x1.b33334p+0F,
+     {0x1.e3b8f2p+5F, -0x1.80c0bcp+5F, 0x1.abb6e6p-1F, -0x1.196ec6p-1F, -0x1.790556p+3F, 0x1.577e20p+3F,
+      -0x1.9cb500p+2F, -0x1.0cdba0p+1F, 0x1.836358p+5F, -0x1.915a1cp+4F, -0x1.f218a4p+3F}},
+    {0x1.12e0bep-30F,
+     {0x1.99999cp-4F, -0x1.999998p-3F, 0x1.878738p-2F, 0x1.d918bcp-1F, 0x1.333334p-2F, 0x1.4cccccp+0F,
+      0x1.59999ap+1F, -0x1.19999ap+0F, -0x1.400000p+1F, 0x1.c00000p+0F, 0x1.e66668p-1F}},
+    {0x1.d4c2ccp+14F,
+     {0x1.27ea6cp+49F, -0x1.ab525ep+47F, 0x1.e1944ap-1F, -0x1.5bb59ep-2F, -0x1.c8c1d0p+47F, 0x1.27e974p+48F,
+      -0x1.ab4cccp+46F, -0x1.c8c1e0p+46F, 0x1.e4d15ap+34F, -0x1.5e09eep+33F, -0x1.762c50p+33F}},
+};
+
+TEST(VelorMath, CurvesHaveTheBitsOfExactArithmeticRoundedStepByStep)
+{
+    const Vec3 p[] = {{0.1F, -0.2F, 0.3F}, {1.3F, 2.7F, -1.1F}, {-4.9F, 3.3F, 2.2F}, {5.6F, -7.1F, 0.9F}};
+    const Vec2 q[] = {{p[0].x, p[0].y}, {p[1].x, p[1].y}, {p[2].x, p[2].y}, {p[3].x, p[3].y}};
+    for (const auto& [t, values] : CurveRows) {
+        const Vec2 point = VelorMath::bezierCubic2D(q[0], q[1], q[2], q[3], t);
+        const Vec2 tangent = VelorMath::bezierCubicTangent2D(q[0], q[1], q[2], q[3], t);
+        const Vec3 space = VelorMath::bezierCubic3D(p[0], p[1], p[2], p[3], t);
+        const Vec3 rom = VelorMath::catmullRom3D(p[0], p[1], p[2], p[3], t);
+        const Vec3 speed = VelorMath::derivCatmullRom3D(p[0], p[1], p[2], p[3], t);
+        const float got[] = {point.x, point.y, tangent.x, tangent.y, space.z, rom.x,
+                             rom.y,   rom.z,   speed.x,   speed.y,   speed.z};
+        for (std::size_t i = 0; i < std::size(got); ++i) {
+            EXPECT_EQ(got[i], values[i]) << "value " << i << " at t " << t;
+        }
+        EXPECT_EQ(Vec2(space.x, space.y), point) << t;
+    }
+}
+
+TEST(VelorMath, ScalarsMeetTheHighPrecisionTable)
+{
+    const struct
+    {
+        float t, exponent, value;
+    } Easings[] = {
+        {0.25F, 2, 0.1F},           {0.1F, 3, 0.00136986308165F},     {0.9F, 0.5F, 0.749999975165F},
+        {0.3F, 1, 0.300000011921F}, {0.01F, 2.5F, 1.02543358079e-5F}, {1.5F, 2, 0.9F},
+    };
+    for (const auto& [t, exponent, value] : Easings) {
+        EXPECT_FLOAT_EQ(VelorMath::easeInEaseOut(t, exponent), value) << t;
+    }
+    const struct
+    {
+        float angle, x, y;
+    } Cardioids[] = {
+        {0, 2.5F, -2}, // the cusp
+        {0.5F, 2.82229422687F, -1.8239298614F},
+        {2, 0.732024921654F, 1.86309602344F},
+        {-1.25F, 3.14768251051F, -3.94924564191F},
+        {3.1F, -3.49221856069F, -1.75062333751F},
+    };
+    for (const auto& [angle, x, y] : Cardioids) {
+        const Vec2 point = VelorMath::cardioid2D({1, -2}, 1.5F, angle);
+        EXPECT_NEAR(point.x, x, 1e-6F) << angle;
+        EXPECT_NEAR(point.y, y, 1e-6F) << angle;
+    }
+    const struct
+    {
+        float x, width, mean, value;
+    } Normals[] = {
+        {1, 3, 1, 0.398942280401F},
+        {0.5F, 3, 0, 0.352065326764F},
+        {-2, 6, 1, 0.0647587978329F},
+        {10, 30, 4, 0.0333224602892F},
+        {0, 0, 1, NaN},
+        {1, 0, 1, NaN}, // an unguarded division by zero: 0 * infinity
+    };
+    for (const auto& [x, width, mean, value] : Normals) {
+        const float density = VelorMath::normal(x, width, mean);
+        EXPECT_TRUE(std::isnan(value) ? std::isnan(density) : std::abs(density / value - 1) < 5e-7F) << x;
+    }
+}
+
+TEST(VelorMath, ScalarsKeepTheirEdges)
+{
+    const struct
+    {
+        const char* fault;
+        float got, expected;
+    } Rows[] = {
+        {"fractional power below 0", VelorMath::easeInEaseOut(-0.5F, 0.5F), NaN},
+        {"whole power above 1", VelorMath::easeInEaseOut(2, 3), 8.0F / 7},
+        {"ends of the easing", VelorMath::easeInEaseOut(0, 2.5F) + VelorMath::easeInEaseOut(1, 2.5F), 1},
+        {"middle of the easing", VelorMath::easeInEaseOut(0.5F, 7.3F), 0.5F},
+        {"both powers vanish", VelorMath::easeInEaseOut(0.5F, 1000), NaN},
+        {"start of smootherStep", VelorMath::smootherStep(0), 0},
+        {"middle of smootherStep", VelorMath::smootherStep(0.5F), 0.5F},
+        {"end of smootherStep", VelorMath::smootherStep(1), 1},
+        {"smootherStep limited", VelorMath::smootherStep(2), 32},
+        {"map limited", VelorMath::map(15, 0, 10, 100, 50), 25},
+        {"empty range guarded", VelorMath::map(1, 0, 0, 0, 1), Infinity},
+        {"empty range at its value", VelorMath::map(0, 0, 0, 0, 1), NaN},
+        {"sign of equal vectors", VelorMath::signedAngle({1, 0, 0}, {1, 0, 0}, {0, 0, 1}), -0.0F},
+        {"sign of opposite vectors", VelorMath::signedAngle({1, 0, 0}, {-1, 0, 0}, {0, 0, 1}), -3.1415927F},
+        {"left turn", VelorMath::signedAngle({1, 0, 0}, {0, 1, 0}, {0, 0, 1}), 1.5707964F},
+        {"right turn", VelorMath::signedAngle({1, 0, 0}, {0, 1, 0}, {0, 0, -1}), -1.5707964F},
+        {"long vectors divided", VelorMath::signedAngle({5, 0, 0}, {5, 5, 0}, {0, 0, 1}), 0},
+        {"oblique vectors", VelorMath::signedAngle({0.6F, 0.8F, 0}, {0, 0.6F, 0.8F}, {1, 0, 0}),
+         1.0701415845F},
+        {"first vector zero", VelorMath::signedAngle({}, {1, 0, 0}, {0, 0, 1}), 0},
+        {"second vector zero", VelorMath::signedAngle({1, 0, 0}, {}, {0, 0, 1}), 0},
+        {"NaN hidden by the limit", VelorMath::signedAngle({NaN, 0, 0}, {1, 0, 0}, {0, 0, 1}), NaN},
+        {"sign of negative zero", VelorMath::sgn(-0.0F), 0},
+        {"sign of NaN", VelorMath::sgn(NaN), 0},
+        {"sign of the smallest", VelorMath::sgn(-1e-45F), -1},
+        {"sign of infinity", VelorMath::sgn(Infinity), 1},
+        {"ends of a range ordered", DoubleMinMax{3, 1}.range(), -2},
+        {"middle of a range", DoubleMinMax{1, 4}.average(), 2.5F},
+    };
+    for (const auto& [fault, got, expected] : Rows) {
+        EXPECT_EQ(literal::bitsOf(got), literal::bitsOf(expected)) << fault << ": " << got;
+    }
+    const std::uint32_t Powers[][2] = {
+        {0, 0},          {1, 1},         {2, 2}, {3, 4}, {0x10001, 0x20000}, {0x80000000, 0x80000000},
+        {0x80000001, 0}, {0xFFFFFFFF, 0}};
+    for (const auto& [value, power] : Powers) {
+        EXPECT_EQ(VelorMath::nextPowerOfTwo(value), power) << value;
+    }
+    for (const float t : {0.0F, 0.5F, 1.0F}) {
+        const Vec2 same{3.7F, -1.9F};
+        EXPECT_EQ(VelorMath::bezierCubicTangent2D(same, same, same, same, t), Vec2()) << t;
+    }
+}
+
+/// Mostly numbers of a scene; now and then any 32 bits, infinities, NaN and denormals among them.
+class Inputs
+{
+public:
+    float number() { return mEngine() % 16 == 0 ? std::bit_cast<float>(mBits(mEngine)) : mNumbers(mEngine); }
+    Vec2 vec2() { return {number(), number()}; }
+    Vec3 vec3() { return {number(), number(), number()}; }
+
+private:
+    std::mt19937 mEngine{20};
+    std::uniform_int_distribution<std::uint32_t> mBits;
+    std::uniform_real_distribution<float> mNumbers{-3, 3};
+};
+
+TEST(VelorMath, CurvesHaveTheBitsOfTheLiteralFormulas)
+{
+    Inputs in;
+    for (int i = 0; i < 20000; ++i) {
+        const Vec2 p[] = {in.vec2(), in.vec2(), in.vec2(), in.vec2()};
+        const Vec3 q[] = {in.vec3(), in.vec3(), in.vec3(), in.vec3()};
+        const float t = in.number();
+        const auto onPlane = [&](auto f) { return f(p[0], p[1], p[2], p[3], t); };
+        const auto inSpace = [&](auto f) { return f(q[0], q[1], q[2], q[3], t); };
+        using V = VelorMath;
+        ASSERT_TRUE(literal::sameBits(onPlane(V::bezierCubic2D), onPlane(literal::bezierCubic2D))) << t;
+        ASSERT_TRUE(
+            literal::sameBits(onPlane(V::bezierCubicTangent2D), onPlane(literal::bezierCubicTangent2D)))
+            << t;
+        ASSERT_TRUE(literal::sameBits(inSpace(V::bezierCubic3D), inSpace(literal::bezierCubic3D))) << t;
+        ASSERT_TRUE(literal::sameBits(inSpace(V::catmullRom3D), inSpace(literal::catmullRom3D))) << t;
+        ASSERT_TRUE(literal::sameBits(inSpace(V::derivCatmullRom3D), inSpace(literal::derivCatmullRom3D)))
+            << t;
+    }
+}
+
+TEST(VelorMath, TurningCurvesHaveTheBitsOfTheLiteralSteps)
+{
+    Inputs in;
+    for (int i = 0; i < 10000; ++i) {
+        const Vec2 start = in.vec2(), target = in.vec2(), heading = in.vec2();
+        const float bulge = in.number(), handle = in.number(), runIn = in.number();
+        const int segments = i % 9 - 1;
+        const auto ours = VelorMath::turningCurve(start, target, heading, bulge, handle, runIn, segments);
+        const auto steps = literal::turningCurve(start, target, heading, bulge, handle, runIn, segments);
+        ASSERT_EQ(ours.size(), steps.size()) << i;
+        for (qsizetype k = 0; k < ours.size(); ++k) {
+            ASSERT_TRUE(literal::sameBits(ours[k].position, steps[k].position)) << i << ", knot " << k;
+            ASSERT_TRUE(literal::sameBits(ours[k].tangent, steps[k].tangent)) << i << ", knot " << k;
+        }
+    }
+}
+
+TEST(VelorMath, TurningCurveGivesTheWorkedCase)
+{
+    const float Expected[][4] = {{0, 0, 0.83184F, -0.55501F},
+                                 {6.77530F, -2.43449F, 0.99848F, -0.05503F},
+                                 {10, -1, 0, 1},
+                                 {10, 0, 0, 1}};
+    const auto knots = VelorMath::turningCurve({0, 0}, {10, 0}, {0, 1}, 0.5F, 2, 1, 2);
+    ASSERT_EQ(knots.size(), 4);
+    for (qsizetype i = 0; i < 4; ++i) {
+        const auto& [position, tangent] = knots[i];
+        const float got[] = {position.x, position.y, tangent.x, tangent.y};
+        for (std::size_t k = 0; k < 4; ++k) {
+            EXPECT_NEAR(got[k], Expected[i][k], 5e-6F) << "knot " << i << ", value " << k;
+        }
+    }
+}
+
+TEST(VelorMath, TurningCurveKeepsItsEdges)
+{
+    const struct
+    {
+        const char* fault;
+        Vec2 target, heading;
+        float bulge, handle, runIn;
+        Vec2 middle, last;
+    } Rows[] = {
+        {"heading along the chord bows", {8, 0}, {1, 0}, 1, 2, 0, {4.75F, 0}, {8, 0}},
+        {"heading against the chord bows", {8, 0}, {-1, 0}, 1, 2, 0, {6.25F, 0}, {8, 0}},
+        {"left turn bows left", {8, 0}, {0, 1}, 1, 0, 0, {5.5F, -1.5F}, {8, 0}},
+        {"right turn bows right", {8, 0}, {0, -1}, 1, 0, 0, {5.5F, 1.5F}, {8, 0}},
+        {"run-in longer than the way", {8, 0}, {1, 0}, 1, 0, 99, {0, 0}, {8, 0}},
+        {"negative run-in makes a knot", {8, 0}, {1, 0}, 0, 0, -2, {6.875F, 0}, {10, 0}},
+        {"control behind the start", {8, 0}, {1, 0}, 0, 20, 0, {2.5F, 0}, {8, 0}},
+        {"start on the target", {0, 0}, {0, 1}, 1, 2, 5, {0, -0.75F}, {0, 0}},
+        {"heading made a unit", {8, 0}, {2, 0}, 0, 0, 2, {2.75F, 0}, {8, 0}},
+    };
+    for (const auto& row : Rows) {
+        const auto knots =
+            VelorMath::turningCurve({}, row.target, row.heading, row.bulge, row.handle, row.runIn, 2);
+        const bool hasRunIn = row.runIn > 0 && row.target != Vec2();
+        ASSERT_EQ(knots.size(), hasRunIn ? 4 : 3) << row.fault;
+        EXPECT_NEAR(length(knots[1].position - row.middle), 0, 1e-6F) << row.fault;
+        EXPECT_EQ(knots.last().position, row.last) << row.fault;
+        EXPECT_TRUE(!hasRunIn || knots.last().tangent == row.heading) << row.fault;
+    }
+    EXPECT_TRUE(VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 0, -1).isEmpty());
+    const QList<VelorCurveKnot> runInAlone{{{8, 0}, {1, 0}}};
+    EXPECT_EQ(VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 3, std::numeric_limits<int>::min()),
+              runInAlone);
+    const auto undefined = VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 0, 0);
+    ASSERT_EQ(undefined.size(), 1);
+    EXPECT_TRUE(std::isnan(undefined[0].position.x) && std::isnan(undefined[0].tangent.y));
+}
+
+#if __has_include(<sys/resource.h>) && !defined(VELOR_SANITIZED)
+TEST(VelorMath, TwoBillionSegmentsFailAsMemoryFails)
+{
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit eightGigabytes{rlim_t(8) << 30, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &eightGigabytes), 0);
+    for (const int segments : {2000000000, std::numeric_limits<int>::max()}) {
+        EXPECT_THROW(VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 3, segments), std::bad_alloc);
+    }
+    EXPECT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+}
+#endif
+
+TEST(VelorMath, PlotHasItsLines)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("plot.txt"));
+    VelorMath::plotCurve(path);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QByteArray text = file.readAll();
+    EXPECT_EQ(text.count('\n'), 101);
+    EXPECT_TRUE(text.startsWith("0 0\n0.01 0.00010202\n0.02 0.00041632\n")) << text.left(80).constData();
+    EXPECT_TRUE(text.endsWith("\n0.989999 0.999898\n0.999999 1\n")) << text.right(80).constData();
+
+    const QString unwritable = folder.filePath(QStringLiteral("missing/plot.txt"));
+    VelorMath::plotCurve(unwritable);
+    EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("missing"))));
+}
+
+} // namespace

@@ -1,0 +1,146 @@
+#include <Velor.Base/VelorRandom.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ctime>
+#include <limits>
+#include <random>
+#include <type_traits>
+#include <utility>
+
+namespace {
+
+constexpr int Smallest = std::numeric_limits<int>::min();
+
+/// The 32 bits that `next` draws.
+std::uint32_t draw(VelorRandom& random) { return static_cast<std::uint32_t>(random.next() * 4294967296.0); }
+
+bool startsAt(VelorRandom& random, int seed)
+{
+    VelorRandom fresh(seed);
+    return draw(random) == draw(fresh) && draw(random) == draw(fresh);
+}
+
+TEST(VelorRandom, GivesThePublishedNumbers)
+{
+    VelorRandom published(5489);
+    for (const std::uint32_t number : {3772830893U, 4120988587U, 2163214728U}) {
+        EXPECT_EQ(draw(published), number);
+    }
+    VelorRandom zero(0);
+    EXPECT_EQ(zero.next(), 0.14035077742300928);
+    EXPECT_EQ(zero.next(), 0.8700121452566236);
+    EXPECT_EQ(draw(zero), 3736996288U);
+    VelorRandom negative(-1);
+    EXPECT_EQ(draw(negative), 2664757849U);
+    VelorRandom hundred(0);
+    for (const int number : {14, 87, 87, 97, 47, 79}) {
+        EXPECT_EQ(hundred.nextInt(100), number);
+    }
+}
+
+TEST(VelorRandom, FollowsTheStandardGeneratorThroughSeveralStates)
+{
+    for (const int seed : {0, 1, -1, 5489, Smallest, std::numeric_limits<int>::max()}) {
+        VelorRandom ours(seed);
+        std::mt19937 standard(static_cast<std::uint32_t>(seed));
+        standard.discard(37);
+        for (int i = 0; i < 3000; ++i) {
+            ASSERT_EQ(ours.next(), static_cast<double>(standard()) * 0x1p-32)
+                << "seed " << seed << ", draw " << i;
+        }
+    }
+}
+
+TEST(VelorRandom, ScalesOneDrawToTheRange)
+{
+    VelorRandom ours(7);
+    VelorRandom bits(7);
+    for (int i = 0; i < 2000; ++i) {
+        for (const int n : {2, 3, 100, 1 << 30, std::numeric_limits<int>::max(), Smallest}) {
+            const std::uint64_t scaled = std::uint64_t(draw(bits)) * static_cast<std::uint32_t>(n) >> 32;
+            ASSERT_EQ(static_cast<std::uint64_t>(ours.nextInt(n)), scaled) << "range " << n;
+        }
+    }
+}
+
+TEST(VelorRandom, DrawsNothingForAnEmptyRange)
+{
+    const std::pair<int, int> rows[] = {{1, 0}, {0, Smallest}, {-1, Smallest}, {Smallest + 1, Smallest}};
+    for (const auto& [n, expected] : rows) {
+        VelorRandom random(3);
+        EXPECT_EQ(random.nextInt(n), expected) << n;
+        EXPECT_TRUE(startsAt(random, 3)) << n;
+    }
+}
+
+TEST(VelorRandom, CopiesAndMovesStartOverAndLeaveTheSourceAlone)
+{
+    VelorRandom source(11);
+    VelorRandom twin(11);
+    source.next();
+    twin.next();
+
+    VelorRandom copy(source);
+    VelorRandom moved(std::move(source));
+    VelorRandom assigned(1);
+    assigned = source;
+    VelorRandom moveAssigned(1);
+    moveAssigned = std::move(source);
+    for (VelorRandom* random : {&copy, &moved, &assigned, &moveAssigned}) {
+        EXPECT_TRUE(startsAt(*random, 11));
+    }
+    EXPECT_EQ(draw(source), draw(twin)) << "the source has left its place";
+
+    const VelorRandom& same = source;
+    source = same;
+    EXPECT_TRUE(startsAt(source, 11));
+    assigned.startToSeed();
+    EXPECT_TRUE(startsAt(assigned, 11)) << "the seed was not taken over";
+}
+
+TEST(VelorRandom, StartsOver)
+{
+    VelorRandom random(1);
+    for (int i = 0; i < 700; ++i) {
+        random.next();
+    }
+    random.startToSeed();
+    EXPECT_TRUE(startsAt(random, 1));
+    random.startToSeed(2);
+    EXPECT_TRUE(startsAt(random, 2));
+    random.startToSeed();
+    EXPECT_TRUE(startsAt(random, 2));
+}
+
+TEST(VelorRandom, SeedsByTheSecondsOfTheClock)
+{
+    const auto before = std::time(nullptr);
+    VelorRandom random;
+    const auto after = std::time(nullptr);
+    bool found = false;
+    for (auto second = before; second <= after; ++second) {
+        random.startToSeed();
+        found = found || startsAt(random, static_cast<int>(second));
+    }
+    EXPECT_TRUE(found);
+}
+
+TEST(VelorRandomFixed, StandsStill)
+{
+    VelorRandomFixed made;
+    made.startToSeed(5);
+    VelorRandomFixed moved(std::move(made));
+    VelorRandom& random = moved;
+    const std::pair<int, int> rows[] = {{7, 3}, {-7, -3}, {0, 0}, {1, 0}, {Smallest, Smallest / 2}};
+    for (const auto& [n, half] : rows) {
+        EXPECT_EQ(random.nextInt(n), half) << n;
+        EXPECT_EQ(random.next(), 0.5);
+    }
+    VelorRandom generator(moved);
+    EXPECT_TRUE(startsAt(generator, 5)) << "the seed was not taken over";
+    static_assert(!std::has_virtual_destructor_v<VelorRandom>);
+}
+
+} // namespace
