@@ -1,0 +1,171 @@
+#include "TestHelpers.h"
+
+#include <Velor.Base/VelorDebugTrace.h>
+
+#include <gmock/gmock.h>
+
+#include <QtCore/QProcess>
+#include <QtCore/QThread>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using Node = QSharedPointer<VelorDebugTraceNode>;
+using WeakNode = QWeakPointer<VelorDebugTraceNode>;
+
+namespace {
+
+/// Saves under the node's own name, in a folder that has to be made, over the longer file of an earlier call.
+std::string dump(const Node& node)
+{
+    static const TestFolder folder;
+    EXPECT_TRUE(node->saveToFile(folder.path(u"a/b"_s), QString()));
+    return fileBytes(folder.path(u"a/b/"_s + node->getName() + u".xml"_s));
+}
+
+/// A chain of that many nodes, root first.
+QList<Node> chain(int levels)
+{
+    QList<Node> nodes{Node::create(u"root"_s, QString())};
+    while (nodes.size() < levels) {
+        nodes.append(nodes.constLast()->addGroup(u"g"_s, QString()));
+    }
+    return nodes;
+}
+
+/// A value whose end calls back, which no lock may turn into a wait for ever.
+QVariant callBack(const QString& name)
+{
+    const auto call = [name](void*) { VelorDebugTrace::factory(u"shared"_s).getMetadata(name); };
+    return QVariant::fromValue(std::shared_ptr<void>(nullptr, call));
+}
+
+TEST(VelorDebugTrace, ThreadsMakeFindAndReleaseTracesAtOnce)
+{
+    VelorDebugTrace& shared = VelorDebugTrace::factory(u"shared"_s);
+    std::vector<std::jthread> threads;
+    for (const QString& own : {u"A"_s, u"a"_s, u"b"_s, u"c"_s}) {
+        threads.emplace_back([own, &shared] {
+            for (int i = 0; i < 300; ++i) {
+                const Node common = shared.getBaseNode(u"common"_s, own);
+                shared.getBaseNode(own, own);
+                EXPECT_EQ(shared.getBaseNode(u"common"_s, own), common);
+                shared.removeBaseNode(own);
+                shared.addMetadata(own, callBack(own));
+                shared.addMetadata(own, i);
+                EXPECT_EQ(shared.getMetadata(own), i);
+                VelorDebugTrace& trace = VelorDebugTrace::factory(own);
+                EXPECT_EQ(trace.lastBaseNode(), nullptr);
+                trace.addMetadata(own, callBack(own));
+                const Node root = trace.getBaseNode(own, own);
+                root->addGroup(own, own);
+                root->clear();
+                VelorDebugTrace::releaseInstance(own);
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(VelorDebugTrace::factory(u"shared"_s).lastBaseNode()->getName(), u"common"_s);
+}
+
+TEST(VelorDebugTrace, ATreeGoesByClearAndNotByRelease)
+{
+    Node root = VelorDebugTrace::factory(u"tree"_s).getBaseNode(u"root"_s, QString());
+    VelorDebugTraceNode* const plain = root.data();
+    const WeakNode end = root;
+    const WeakNode leaf = root->addGroup(u"g"_s, QString())->addGroup(u"leaf"_s, QString());
+    VelorDebugTrace::releaseInstance(u"tree"_s);
+    root.reset();
+    ASSERT_FALSE(end.isNull() || leaf.isNull());
+    plain->clear(); // only its children own it by now
+    EXPECT_TRUE(end.isNull() && leaf.isNull());
+}
+
+TEST(VelorDebugTraceNode, NeitherAPlainCopyNorADisabledNodeBecomesAParent)
+{
+    Node root = Node::create(u"root"_s, QString());
+    const WeakNode end = root;
+    const Node child = root->addGroup(u"child"_s, QString());
+    VelorDebugTraceNode copy(*root);
+    copy.addChild(child);
+    root->setDebugEnabled(false);
+    child->setParent(root);
+    root.reset();
+    EXPECT_TRUE(end.isNull()) << "the child holds a parent";
+    EXPECT_EQ(copy.getChild(u"child"_s), child);
+}
+
+TEST(VelorDebugTraceNode, WritesTheTreeInTheOrderOfNames)
+{
+    const Node root = Node::create(u"root"_s, QString());
+    root->addGroup(u"a"_s, u"replaced"_s);
+    for (const QString& name : {u"b"_s, u"a"_s, u"B"_s}) {
+        root->addChild(Node::create(name, QString()));
+    }
+    root->getChild(u"a"_s)->addGroup(QString(), u"gone"_s)->clear();
+    const auto form = [](const std::string& group) {
+        return "<Node name=\"root\">\n    <Node name=\"B\"/>\n    <Node name=\"a\">\n        <Node " + group +
+               "/>\n    </Node>\n    <Node name=\"b\"/>\n</Node>\n";
+    };
+    EXPECT_THAT(dump(root), testing::AnyOf(form(R"(name="" type="Group")"), form(R"(type="Group" name="")")));
+    root->clear();
+    EXPECT_EQ(dump(root), "<Node name=\"root\"/>\n");
+}
+
+TEST(VelorDebugTraceNode, AnotherParserReadsBackEveryCharacter)
+{
+    QString text;
+    QByteArray carried;
+    for (char32_t c = 0; c <= 0x10FFFF; ++c) {
+        const bool isChar =
+            c == 9 || c == 10 || c == 13 || (c > 31 && c < 0xD800) || (c > 0xDFFF && c < 0xFFFE);
+        const QString one = c < 0x10000 ? QString(QChar(c)) : QString::fromUcs4(&c, 1);
+        text += one + u'x';
+        carried += (isChar || c > 0xFFFF ? one.toUtf8() : "\xEF\xBF\xBD") + 'x';
+    }
+    QDomDocument document;
+    EXPECT_TRUE(Node::create(text, text)->toXml(document).attribute(u"name"_s).isValidUtf16());
+    const TestFolder folder;
+    ASSERT_TRUE(Node::create(text, text)->saveToFile(folder.path(u"."_s), u"file"_s));
+    for (const QString& attribute : {u"string(/Node/@name)"_s, u"string(/Node/@description)"_s}) {
+        QProcess parser;
+        parser.start(u"xmllint"_s, {u"--huge"_s, u"--xpath"_s, attribute, folder.path(u"file"_s)});
+        ASSERT_TRUE(parser.waitForFinished()) << "this test needs the program xmllint";
+        EXPECT_TRUE(parser.readAllStandardOutput() == carried + '\n')
+            << parser.readAllStandardError().left(500).toStdString();
+    }
+}
+
+TEST(VelorDebugTraceNode, TellsAFileThatCannotBeOpenedButNotAFullDisk)
+{
+    const TestFolder folder;
+    const Node node = Node::create(u"n"_s, QString());
+    ASSERT_TRUE(node->saveToFile(folder.path(u"."_s), u"file"_s));
+    EXPECT_FALSE(node->saveToFile(folder.path(u"file"_s), QString())) << "folder is a file";
+    EXPECT_FALSE(node->saveToFile(folder.path(u"file/sub"_s), QString())) << "folder cannot be made";
+    EXPECT_FALSE(node->saveToFile(folder.path(u"."_s), u"."_s)) << "file is a folder";
+    EXPECT_TRUE(!QFile::exists(u"/dev/full"_s) || node->saveToFile(u"/dev"_s, u"full"_s));
+}
+
+TEST(VelorDebugTraceNode, DeepTreesFitAStackOf8MiB)
+{
+    const std::unique_ptr<QThread> thread(QThread::create([] {
+        QList<Node> nodes = chain(10000);
+        nodes.constFirst()->setDebugEnabled(false);
+        nodes.constLast()->addGroup(u"g"_s, QString());
+        EXPECT_EQ(nodes.constLast()->getChild(u"g"_s), nullptr);
+        nodes.constFirst()->clear();
+        const WeakNode root = nodes.constFirst();
+        nodes.remove(0, nodes.size() - 1); // the last node keeps all its ancestors, and ends them with it
+        EXPECT_FALSE(root.isNull());
+        nodes.clear();
+        EXPECT_TRUE(root.isNull());
+        const Node saved = chain(3000).constFirst();
+        EXPECT_EQ(QByteArray::fromStdString(dump(saved)).count("<Node"), 3000);
+        saved->clear();
+    }));
+    thread->setStackSize(8 << 20);
+    thread->start();
+    thread->wait();
+}
+
+} // namespace
