@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 /// A source over bytes in memory, which a test sets and looks at directly.
@@ -85,6 +86,12 @@ private:
 class TestFolder
 {
 public:
+    TestFolder() { mFolder.setAutoRemove(false); }
+    // Qt leaves a folder behind that holds a name which is not UTF-8.
+    ~TestFolder() { std::filesystem::remove_all(mFolder.path().toStdString()); }
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+
     QString path(const QString& name) const { return mFolder.filePath(name); }
     std::string narrowPath(const char* name) const
     {

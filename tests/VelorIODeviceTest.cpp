@@ -9,8 +9,8 @@
 #include <QtXml/QDomDocument>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
-#include <limits>
 
 namespace {
 
@@ -287,9 +287,10 @@ TEST(VelorIODevice, FindsAFreeFilename)
 TEST(VelorIODevice, GivesTheLastFilenameWhenAllAreTaken)
 {
     const TestFolder folder;
+    const std::string first = folder.narrowPath("a.x");
     writeFile(folder.path(QStringLiteral("a.x")), "");
     for (int n = 1; n < 9998; ++n) {
-        writeFile(folder.path(QStringLiteral("a_%1.x").arg(n)), "");
+        std::filesystem::create_hard_link(first, folder.narrowPath("a_") + std::to_string(n) + ".x");
     }
     const QString last = folder.path(QStringLiteral("a_9998.x"));
     const auto safeName = [&] {
