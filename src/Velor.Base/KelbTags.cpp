@@ -2,25 +2,28 @@
 
 #include "KelbSynonyms.h"
 
-#include <QtCore/QSet>
+#include <QtCore/QHashFunctions>
 #include <QtCore/QStringTokenizer>
 #include <QtXml/QDomElement>
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace {
 
-bool isSameTag(const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
-
-/// A tag as a key. The comparison alone decides; the hash relies on no more than that texts which compare
-/// equal ignoring case have the same folded form.
-struct TagKey
+struct SameTag
 {
-    QString tag;
+    bool operator()(const QString& a, const QString& b) const
+    {
+        return a.compare(b, Qt::CaseInsensitive) == 0;
+    }
+};
 
-    friend bool operator==(const TagKey& a, const TagKey& b) { return isSameTag(a.tag, b.tag); }
-    friend size_t qHash(const TagKey& key, size_t seed) { return qHash(key.tag.toCaseFolded(), seed); }
+/// Relies on no more than that texts which compare equal ignoring case have the same folded form.
+struct FoldedHash
+{
+    size_t operator()(const QString& tag) const { return qHash(tag.toCaseFolded(), QHashSeed::globalSeed()); }
 };
 
 QStringView withoutLeadingBlanks(QStringView text)
@@ -83,12 +86,11 @@ void KelbTags::writeXML(QDomElement& element) { element.setAttribute(XMLElementN
 void KelbTags::fromString(QString text)
 {
     mTags.clear();
-    QSet<TagKey> known;
+    std::unordered_set<QString, FoldedHash, SameTag> known;
     for (const QStringView part : qTokenize(text, u',')) {
-        const TagKey key{withoutLeadingBlanks(part).toString()};
-        if (!key.tag.isEmpty() && !known.contains(key)) {
-            known.insert(key);
-            mTags.append(key.tag);
+        const QString tag = withoutLeadingBlanks(part).toString();
+        if (!tag.isEmpty() && known.insert(tag).second) {
+            mTags.append(tag);
         }
     }
     if (mTags.isEmpty() && usesDefault()) {
@@ -116,7 +118,7 @@ QList<QString> KelbTags::compareTags(const KelbTags& other, const KelbSynonyms* 
     QList<QString> matches;
     for (const QString& our : ours) {
         for (const QString& their : theirs) {
-            if (isSameTag(our, their) || (synonyms != nullptr && synonyms->areSynonyms(our, their))) {
+            if (SameTag()(our, their) || (synonyms != nullptr && synonyms->areSynonyms(our, their))) {
                 matches.append(our);
             }
         }
