@@ -1,0 +1,58 @@
+#include "Catalogue.h"
+
+#include <QtCore/QFile>
+#include <QtXml/QDomDocument>
+
+namespace {
+
+CatalogueItem readItem(const QDomElement& element, const QString& category, const KelbTags& categoryTags)
+{
+    CatalogueItem item{category,
+                       element.attribute(QStringLiteral("name")),
+                       element.attribute(QStringLiteral("version")),
+                       {}};
+    item.tags.readXML(element);
+    item.tags.learnFromTags(categoryTags);
+    return item;
+}
+
+void readCategory(const QDomElement& element, QList<CatalogueItem>& items)
+{
+    const QString name = element.attribute(QStringLiteral("name"));
+    VelorCategoryTags tags;
+    tags.readXML(element);
+    const QString itemTag = QStringLiteral("Item");
+    for (QDomElement child = element.firstChildElement(itemTag); !child.isNull();
+         child = child.nextSiblingElement(itemTag)) {
+        items.append(readItem(child, name, tags));
+    }
+}
+
+} // namespace
+
+std::optional<QList<CatalogueItem>> loadCatalogue(const QString& path, QString& error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("cannot open %1: %2").arg(path, file.errorString());
+        return {};
+    }
+    QDomDocument document;
+    if (!document.setContent(&file)) {
+        error = QStringLiteral("%1 is no well-formed XML").arg(path);
+        return {};
+    }
+    const QDomElement root = document.documentElement();
+    if (root.tagName() != QStringLiteral("Catalogue")) {
+        error =
+            QStringLiteral("%1 is no catalogue: its document element is \"%2\"").arg(path, root.tagName());
+        return {};
+    }
+    QList<CatalogueItem> items;
+    const QString categoryTag = QStringLiteral("Category");
+    for (QDomElement child = root.firstChildElement(categoryTag); !child.isNull();
+         child = child.nextSiblingElement(categoryTag)) {
+        readCategory(child, items);
+    }
+    return items;
+}

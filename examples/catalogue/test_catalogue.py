@@ -1,0 +1,114 @@
+"""Runs the program CATALOGUE on its sample data and on bad input: test_catalogue.py CATALOGUE"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+PROGRAM = os.path.abspath(sys.argv.pop())
+DATA = pathlib.Path(__file__).resolve().parent / "data"
+ITEMS = str(DATA / "catalogue.xml")
+SYNONYMS = ["--synonyms", str(DATA / "synonyms.xml")]
+
+
+def run(*arguments):
+    """The exit code, the lines on standard output with single blanks, and standard error."""
+    done = subprocess.run([PROGRAM, *arguments], capture_output=True, encoding="utf-8", timeout=30)
+    return done.returncode, [" ".join(line.split()) for line in done.stdout.splitlines()], done.stderr
+
+
+ANSWERS = {
+    "equality alone, ignoring case": (
+        [ITEMS, "BOX"],
+        ["1 Fight/Punch_Jab box", "1 Fight/Punch_Hook box", "1 Fight/Uppercut box"]),
+    "most matches first, pairs counted": (
+        [ITEMS, *SYNONYMS, "box", "strong, hit, up"],
+        ["6 Fight/Uppercut box, punch, strong, up", "5 Fight/Punch_Hook box, punch, strong",
+         "4 Fight/Punch_Jab box, punch", "3 Creature/Troll_Club_Smash hit, strong",
+         "2 Fall/Hit_Head_Light hit", "2 Fall/Hit_Stomach hit", "2 Fall/Knockback_Stagger hit",
+         "1 Walk/Walk_Upstairs up", "1 Run/Run_Uphill up", "1 Jump/Jump_In_Place up",
+         "1 Fight/Wrestle_Clinch strong", "1 Sport/Push_Up strong", "1 Sport/Sit_Up strong",
+         "1 Sport/Squat strong", "1 Sport/Weight_Lift strong", "1 Work/Climb_Ladder up"]),
+    "gender counts": (
+        [ITEMS, *SYNONYMS, "guy, salsa"],
+        ["2 Dance/Salsa_Basic_M man, salsa", "1 Idle/Stand_Relaxed man", "1 Idle/Lean_On_Wall man",
+         "1 Idle/Old_Man_Cane_Rest man", "1 Walk/Walk_Brisk_M man", "1 Walk/Walk_Cowboy guy",
+         "1 Run/Jog_Easy_M man", "1 Jump/Basketball_Dunk guy", "1 Fight/Kick_Roundhouse_M man",
+         "1 Dance/Waltz_Lead gentleman", "1 Dance/Salsa_Basic_F salsa", "1 Dance/Breakdance_Windmill guy",
+         "1 Gesture/Bow_Polite gentleman", "1 Emotion/Proud_Chest_Out gentleman", "1 Sit/Sit_Legs_Wide man",
+         "1 Sport/Tennis_Serve_M man", "1 Creature/Wizard_Cast_Spell man"]),
+    "gender left out": (
+        [ITEMS, *SYNONYMS, "--ignore-gender", "guy, salsa"],
+        ["1 Dance/Salsa_Basic_M salsa", "1 Dance/Salsa_Basic_F salsa"]),
+    "tags of the category, newer version": (
+        [ITEMS, "nonhuman, gallop, centaur"],
+        ["2 Creature/Centaur_Gallop centaur, nonhuman (needs version 6.1.0)"] + [
+            f"1 Creature/{name} nonhuman" for name in (
+                "Dragon_Wing_Flap", "Dragon_Roar", "Troll_Club_Smash", "Goblin_Scurry", "Ghost_Float",
+                "Werewolf_Howl", "Spider_Crawl", "Wizard_Cast_Spell", "Witch_Stir_Cauldron", "Fairy_Hover",
+                "Golem_Awaken", "Test_Pose")]),
+    "items without tags of their own": ([ITEMS, ""], ["1 Creature/Test_Pose Default"]),
+}
+
+NOT_A_FILE = str(DATA / "none.xml")
+BROKEN = str(pathlib.Path(__file__).resolve())
+FAULTS = {
+    "no arguments": ([], "a catalogue and a query are needed; see --help"),
+    "no query": ([ITEMS], "a catalogue and a query are needed; see --help"),
+    "unknown option": ([ITEMS, "walk", "--fast"], "Unknown option 'fast'."),
+    "option without its value": ([ITEMS, "walk", "--synonyms"], "Missing value after '--synonyms'."),
+    "no such catalogue": ([NOT_A_FILE, "walk"], f"cannot open {NOT_A_FILE}: No such file or directory"),
+    "catalogue that is no XML": ([BROKEN, "walk"], f"{BROKEN} is no well-formed XML"),
+    "synonyms for a catalogue": (
+        [SYNONYMS[1], "walk"], f'{SYNONYMS[1]} is no catalogue: its document element is "KelbSynonyms"'),
+    "no such synonyms": (
+        [ITEMS, "walk", "--synonyms", NOT_A_FILE], f"{NOT_A_FILE} cannot be opened or is no synonyms file"),
+    "catalogue for synonyms": (
+        [ITEMS, "walk", "--synonyms", ITEMS], f"{ITEMS} cannot be opened or is no synonyms file"),
+    "gender without synonyms": (
+        [ITEMS, "walk", "--ignore-gender"],
+        "--ignore-gender needs --synonyms, which tell the words of gender"),
+    "trace below a file": ([ITEMS, "BOX", "--trace", f"{ITEMS}/t.xml"], f"cannot write a trace to {ITEMS}/t.xml"),
+    "trace without a name": ([ITEMS, "BOX", "--trace", ""], "cannot write a trace to "),
+}
+
+
+class Catalogue(unittest.TestCase):
+    def test_answers_on_the_sample(self):
+        for fault, (arguments, lines) in ANSWERS.items():
+            with self.subTest(fault):
+                self.assertEqual(run(*arguments), (0, lines, ""))
+
+    def test_finding_nothing_is_an_answer_of_its_own(self):
+        self.assertEqual(run(ITEMS, "no such tag"), (1, [], ""))
+
+    def test_bad_input_ends_with_one_line(self):
+        for fault, (arguments, message) in FAULTS.items():
+            with self.subTest(fault):
+                code, _, error = run(*arguments)
+                self.assertEqual((code, error), (2, f"catalogue: {message}\n"))
+
+    def test_the_trace_tells_why(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "new", "why.xml")
+            code, lines, _ = run(ITEMS, *SYNONYMS, "--ignore-gender", "--trace", str(path), "sprint, salsa, guy")
+            root = ElementTree.parse(path).getroot()
+        self.assertEqual((code, root.get("description"), len(root)), (0, "guy, salsa, sprint", len(lines)))
+        salsa = next(hit for hit in root if hit.get("name").endswith(" Salsa_Basic_M"))
+        self.assertEqual(
+            [(reason.get("name"), reason.get("description")) for reason in salsa],
+            [("man", "left out: gender"), ("salsa = salsa", "equal")])
+        self.assertEqual(root[0][0].get("name"), "run ~ sprint")
+
+    def test_the_sample_is_a_catalogue_worth_searching(self):
+        root = ElementTree.parse(ITEMS).getroot()
+        names = [item.get("name") for item in root.iter("Item")]
+        self.assertGreaterEqual(len(set(names)), 200)
+        self.assertEqual(len(set(names)), len(names))
+        self.assertGreaterEqual(len(root), 12)
+
+
+unittest.main()
