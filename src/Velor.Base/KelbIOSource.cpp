@@ -11,7 +11,7 @@ namespace {
 
 /// Large enough that a system call costs little beside the bytes that it moves, and small enough to stay in
 /// the processor's cache.
-constexpr std::size_t BufferSize = 64 * 1024;
+constexpr std::size_t BufferSize = std::size_t(64) * 1024;
 
 std::FILE* openStream(const std::string& path, const char* mode)
 {

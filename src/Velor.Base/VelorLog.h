@@ -66,7 +66,7 @@ public:
         Stream(VelorLog* targetLog, Level level, bool skipConsole);
         Stream(Stream&& other) noexcept;
         /// Delivers what this Stream still holds, then takes over `other`.
-        Stream& operator=(Stream&& other);
+        Stream& operator=(Stream&& other); // NOLINT(performance-noexcept-move-constructor)
         /// Delivers the text unless it is empty. An exception of a listener is dropped.
         ~Stream();
 
