@@ -70,21 +70,29 @@ float clampToUnit(float x)
     return x > 1 ? 1.0F : x;
 }
 
+/// The components of a point side by side, for operations on all at once; each is the scalar operation, bit
+/// for bit. The fourth lane is idle.
+using Lanes [[gnu::vector_size(16)]] = float;
+
+Lanes toLanes(const TVec3d<float>& v) { return Lanes{v.x, v.y, v.z, 0}; }
+TVec3d<float> fromLanes(const Lanes& lanes) { return {lanes[0], lanes[1], lanes[2]}; }
+
 /// A cubic polynomial with the coefficients of 1, t, t^2 and t^3.
 struct Cubic
 {
-    TVec3d<float> c0;
-    TVec3d<float> c1;
-    TVec3d<float> c2;
-    TVec3d<float> c3;
+    Lanes c0;
+    Lanes c1;
+    Lanes c2;
+    Lanes c3;
 };
 
 Cubic catmullRom(const TVec3d<float>& p0, const TVec3d<float>& p1, const TVec3d<float>& p2,
                  const TVec3d<float>& p3)
 {
     // The terms with 0 stay: they carry an infinity or NaN of any point into every coefficient.
-    const auto coefficient = [&](float w0, float w1, float w2, float w3) {
-        return w0 * p0 + w1 * p1 + w2 * p2 + w3 * p3;
+    const auto coefficient = [q0 = toLanes(p0), q1 = toLanes(p1), q2 = toLanes(p2),
+                              q3 = toLanes(p3)](float w0, float w1, float w2, float w3) {
+        return w0 * q0 + w1 * q1 + w2 * q2 + w3 * q3;
     };
     return {coefficient(0, 1, 0, 0), coefficient(-0.5F, 0, 0.5F, 0), coefficient(1, -2.5F, 2, -0.5F),
             coefficient(-0.5F, 1.5F, -1.5F, 0.5F)};
@@ -188,14 +196,14 @@ TVec3d<float> VelorMath::catmullRom3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d
 {
     const Cubic curve = catmullRom(p0, p1, p2, p3);
     const float squareT = t * t;
-    return curve.c0 + t * curve.c1 + squareT * curve.c2 + (squareT * t) * curve.c3;
+    return fromLanes(curve.c0 + t * curve.c1 + squareT * curve.c2 + (squareT * t) * curve.c3);
 }
 
 TVec3d<float> VelorMath::derivCatmullRom3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2,
                                            TVec3d<float> p3, float t)
 {
     const Cubic curve = catmullRom(p0, p1, p2, p3);
-    return curve.c1 + (t + t) * curve.c2 + ((3 * t) * t) * curve.c3;
+    return fromLanes(curve.c1 + (t + t) * curve.c2 + ((3 * t) * t) * curve.c3);
 }
 
 TVec2d<float> VelorMath::cardioid2D(TVec2d<float> center, float scale, float angle)
