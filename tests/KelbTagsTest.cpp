@@ -89,7 +89,8 @@ TEST(KelbTags, MatchesBySynonymsAndGender)
         {"order or spelling of the other set", u"Z, a"_s, u"A, z"_s, true, false, u"a, Z"_s},
         {"synonyms asked without a set", u"Guy"_s, u"DUDE,guy"_s, false, false, u"Guy"_s},
         {"gender ignored without a set", u"male"_s, u"Male"_s, false, true, u"male"_s},
-        {"gender kept", u"chap, male, woman, x"_s, u"MAN, woman, x"_s, true, true, u"x"_s},
+        {"gender of this set kept", u"man, woman, x"_s, u"chap, x"_s, true, true, u"x"_s},
+        {"gender of the other set kept", u"chap, x"_s, u"MAN, woman, x"_s, true, true, u"x"_s},
         {"gender dropped unasked", u"male, x"_s, u"MAN, x"_s, true, false, u"male, x"_s},
     };
     const KelbSynonyms synonyms = sampleSynonyms();
