@@ -1,0 +1,85 @@
+#include "ClipDelegate.h"
+
+#include "ClipModel.h"
+#include "ClipPicture.h"
+
+#include <QtGui/QPainter>
+#include <QtWidgets/QApplication>
+
+namespace {
+
+constexpr int PictureSide = 44;
+constexpr int Padding = 6;
+constexpr int SmallestTextWidth = 100;
+
+/// The colour of the second line: the text's own, with something of the ground.
+QColor fainter(QColor text)
+{
+    text.setAlphaF(0.65F);
+    return text;
+}
+
+void paintPicture(QPainter* painter, const QStyleOptionViewItem& option, const QRect& inner,
+                  const QString& name)
+{
+    const QPixmap picture =
+        clipPicture(name, PictureSide, painter->device()->devicePixelRatioF(), option.palette);
+    painter->drawPixmap(QStyle::alignedRect(option.direction, Qt::AlignLeft | Qt::AlignVCenter,
+                                            QSize(PictureSide, PictureSide), inner),
+                        picture);
+}
+
+void paintLine(QPainter* painter, const QStyleOptionViewItem& option, const QRect& place,
+               Qt::Alignment alignment, const QString& text)
+{
+    const int flags = static_cast<int>(alignment | Qt::AlignLeading) | Qt::TextSingleLine;
+    painter->drawText(place, flags, option.fontMetrics.elidedText(text, Qt::ElideRight, place.width()));
+}
+
+void paintText(QPainter* painter, const QStyleOptionViewItem& option, const QRect& inner,
+               const QModelIndex& index)
+{
+    const int beside = PictureSide + 2 * Padding;
+    const QRect lines = QStyle::visualRect(option.direction, inner, inner.adjusted(beside, 0, 0, 0));
+    const int half = lines.height() / 2;
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    const QColor colour = option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
+    painter->setPen(colour);
+    paintLine(painter, option, lines.adjusted(0, 0, 0, -half), Qt::AlignBottom, index.data().toString());
+    painter->setPen(fainter(colour));
+    paintLine(painter, option, lines.adjusted(0, half, 0, 0), Qt::AlignTop,
+              index.data(ClipModel::TagsRole).toString());
+}
+
+void paintFocus(QPainter* painter, const QStyleOptionViewItem& option, const QStyle* style)
+{
+    if (option.state.testFlag(QStyle::State_HasFocus) &&
+        option.state.testFlag(QStyle::State_KeyboardFocusChange)) {
+        QStyleOptionFocusRect focus;
+        focus.QStyleOption::operator=(option);
+        focus.backgroundColor = option.palette.color(QPalette::Base);
+        style->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, option.widget);
+    }
+}
+
+} // namespace
+
+void ClipDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const
+{
+    const QStyle* style = option.widget != nullptr ? option.widget->style() : QApplication::style();
+    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);
+
+    const QRect inner = option.rect.adjusted(Padding, Padding, -Padding, -Padding);
+    painter->save();
+    paintPicture(painter, option, inner, index.data().toString());
+    paintText(painter, option, inner, index);
+    painter->restore();
+    paintFocus(painter, option, style);
+}
+
+QSize ClipDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const
+{
+    const int height = std::max(PictureSide, 2 * option.fontMetrics.height());
+    return {PictureSide + 4 * Padding + SmallestTextWidth, height + 2 * Padding};
+}

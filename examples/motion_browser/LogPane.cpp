@@ -1,0 +1,52 @@
+#include "LogPane.h"
+
+namespace {
+
+constexpr int KeptLines = 1000;
+
+QColor colourOf(VelorLog::Level level, const QPalette& palette)
+{
+    const bool isDark = palette.color(QPalette::Base).lightness() < 128;
+    switch (level) {
+    case VelorLog::Error:
+        return isDark ? QColor(0xFF8A80) : QColor(0xB3261E);
+    case VelorLog::Warning:
+        return isDark ? QColor(0xFFD180) : QColor(0x8A5200);
+    case VelorLog::Debug0:
+    case VelorLog::Debug1:
+    case VelorLog::Debug2:
+        return palette.color(QPalette::PlaceholderText);
+    default:
+        return palette.color(QPalette::Text);
+    }
+}
+
+} // namespace
+
+LogPane::LogPane(VelorLog* log, QWidget* parent)
+    : QPlainTextEdit(parent)
+    , mLog(log)
+{
+    setReadOnly(true);
+    setTabChangesFocus(true);
+    setMaximumBlockCount(KeptLines);
+    setLineWrapMode(NoWrap);
+    mLog->addListener(this);
+}
+
+LogPane::~LogPane() { mLog->removeListener(this); }
+
+void LogPane::onLogMessage(const std::string& message, VelorLog::Level level, bool, const std::string&, bool&)
+{
+    QMetaObject::invokeMethod(
+        this, [this, text = QString::fromStdString(message), level] { append(text, level); },
+        Qt::QueuedConnection);
+}
+
+void LogPane::append(const QString& message, VelorLog::Level level)
+{
+    QTextCharFormat format = currentCharFormat();
+    format.setForeground(colourOf(level, palette()));
+    setCurrentCharFormat(format);
+    appendPlainText(message);
+}

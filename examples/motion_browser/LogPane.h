@@ -1,0 +1,24 @@
+#pragma once
+
+#include <Velor.Base/VelorLog.h>
+
+#include <QtWidgets/QPlainTextEdit>
+
+/// Shows the messages of a log as they come, the latest at the bottom.
+class LogPane : public QPlainTextEdit, private LogListener
+{
+    Q_OBJECT
+
+public:
+    /// `log` must outlive the pane.
+    explicit LogPane(VelorLog* log, QWidget* parent = nullptr);
+    ~LogPane() override;
+
+private:
+    /// Called on the thread that logs, under the log's lock: hands the message over to the GUI's thread.
+    void onLogMessage(const std::string& message, VelorLog::Level level, bool skipConsole,
+                      const std::string& logName, bool& skipOutput) override;
+    void append(const QString& message, VelorLog::Level level);
+
+    VelorLog* mLog;
+};

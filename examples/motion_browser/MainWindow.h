@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ClipFinder.h"
+
+#include <QtWidgets/QWidget>
+
+class ClipModel;
+class ClipView;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class VelorLog;
+
+/// The catalogue with its search field on the left, the playlist on the right, the log below both.
+class MainWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// `log` must outlive the window.
+    MainWindow(ClipFinder finder, VelorLog* log);
+
+private:
+    QLayout* makeSearchLine();
+    QWidget* makeCataloguePanel();
+    QWidget* makePlaylistPanel();
+    QWidget* makeLogPanel(VelorLog* log);
+
+    void search();
+    void addSelection();
+    void removeSelection();
+    void showInserted(int first, int last);
+    void updateButtons();
+
+    ClipFinder mFinder;
+    ClipModel* mFound;
+    ClipModel* mPlaylist;
+    ClipView* mFoundView = nullptr;
+    ClipView* mPlaylistView = nullptr;
+    QLineEdit* mSearch = nullptr;
+    QLabel* mFoundTitle = nullptr;
+    QLabel* mPlaylistTitle = nullptr;
+    QPushButton* mAdd = nullptr;
+    QPushButton* mRemove = nullptr;
+};
