@@ -1,10 +1,10 @@
+#include "TestHelpers.h"
+
 #include <Velor.Base/PathForms.h>
 #include <Velor.Base/PlatformOperations.h>
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <thread>
@@ -112,14 +112,6 @@ LRESULT CALLBACK listenerProc(HWND window, UINT message, WPARAM first, LPARAM se
 {
     isSettingHeard = isSettingHeard || (message == WM_SETTINGCHANGE && first == 0 && second != 0);
     return DefWindowProcA(window, message, first, second);
-}
-
-fs::path freshFolder()
-{
-    const fs::path folder = fs::temp_directory_path() / freshName();
-    fs::remove_all(folder);
-    fs::create_directory(folder);
-    return folder;
 }
 
 void setEnvironment(const std::string& name, const std::string& value)
@@ -458,11 +450,12 @@ TEST(PlatformInput, CursorIsWhereItWasSet)
 
 TEST(PlatformProcess, MakeDirectoryTellsFailure)
 {
-    const fs::path folder = freshFolder() / "new";
-    EXPECT_FALSE(table.makeDirectory(folder.string().c_str()));
-    EXPECT_TRUE(fs::is_directory(folder));
-    EXPECT_TRUE(table.makeDirectory(folder.string().c_str())) << "existing";
-    EXPECT_TRUE(table.makeDirectory((folder / "no" / "parent").string().c_str()));
+    const TestFolder folder;
+    const std::string made = folder.narrowPath("made");
+    EXPECT_FALSE(table.makeDirectory(made.c_str()));
+    EXPECT_TRUE(fs::is_directory(made));
+    EXPECT_TRUE(table.makeDirectory(made.c_str())) << "existing";
+    EXPECT_TRUE(table.makeDirectory((made + "/no/parent").c_str()));
 }
 
 TEST(PlatformProcess, ExecutableIsThisProgramAndRuns)
@@ -491,11 +484,12 @@ TEST(PlatformProcess, TempDirectoryIsTheVariableOrAFixedPlace)
 
 TEST(PlatformProcess, RunCommandWaits)
 {
-    const fs::path file = freshFolder() / "result";
-    setEnvironment("VELOR_COMMAND_WRITES", file.string());
+    const TestFolder folder;
+    const std::string file = folder.narrowPath("result");
+    setEnvironment("VELOR_COMMAND_WRITES", file);
     EXPECT_EQ(messagesOf([&] { table.runCommand(nullptr, table.getExecutablePath().c_str(), false); }), "");
     setEnvironment("VELOR_COMMAND_WRITES", "");
-    EXPECT_TRUE(fs::exists(file));
+    EXPECT_EQ(fileBytes(file), "done");
 }
 
 TEST(PlatformProcess, RunCommandReportsWhatDoesNotExist)
@@ -517,37 +511,38 @@ TEST(PlatformProcess, ShellOpenTellsThatAFileIsMissing)
 /// The desktop's opener and the administrator's door are scripts here, which write down how they were called.
 TEST(PlatformProcess, ShellOpenTriesOnceMoreOnlyIfDenied)
 {
-    const fs::path folder = freshFolder();
+    const TestFolder folder;
     const std::string path = std::getenv("PATH");
-    const auto script = [&](const char* name, int exitCode, bool isAllowed) {
-        std::ofstream(folder / name) << "#!/bin/sh\necho " << name << " \"$@\" >> '"
-                                     << (folder / "calls").string() << "'\nexit " << exitCode << '\n';
-        fs::permissions(folder / name, isAllowed ? fs::perms::owner_all : fs::perms::owner_read);
+    const std::string calls = folder.narrowPath("calls");
+    const auto script = [&](const std::string& name, const char* exitCode, fs::perms permissions) {
+        const std::string file = folder.narrowPath(name);
+        writeFile(file, "#!/bin/sh\necho " + name + " \"$@\" >> '" + calls + "'\nexit " + exitCode + "\n");
+        fs::permissions(file, permissions);
     };
     const auto opened = [&](bool isElevated) {
-        fs::remove(folder / "calls");
-        setEnvironment("PATH", folder.string());
+        fs::remove(calls);
+        setEnvironment("PATH", folder.narrowPath(""));
         const auto result = reinterpret_cast<std::intptr_t>(table.shellOpen("a b", isElevated));
         setEnvironment("PATH", path);
-        std::ifstream calls(folder / "calls");
-        return std::to_string(result) + ": " + std::string(std::istreambuf_iterator<char>(calls), {});
+        return std::to_string(result) + ": " + fileBytes(calls);
     };
-    script("pkexec", 0, true);
-    script("xdg-open", 0, true);
+    script("pkexec", "0", fs::perms::owner_all);
+    script("xdg-open", "0", fs::perms::owner_all);
     EXPECT_EQ(opened(false), "33: xdg-open a b\n");
     EXPECT_EQ(opened(true), "33: pkexec xdg-open a b\n");
-    script("xdg-open", 4, true);
+    script("xdg-open", "4", fs::perms::owner_all);
     EXPECT_EQ(opened(false), "31: xdg-open a b\n") << "tried again after another failure";
-    fs::permissions(folder / "xdg-open", fs::perms::owner_read);
+    script("xdg-open", "0", fs::perms::owner_read);
     EXPECT_EQ(opened(false), "33: pkexec xdg-open a b\n");
 }
 
 TEST(PlatformProcess, CloseHandleClosesAndSkipsNull)
 {
-    const fs::path file = freshFolder() / "file";
-    std::ofstream(file) << "x";
-    const HANDLE handle = CreateFileW(toWidePath(file.string()).c_str(), GENERIC_WRITE, FILE_SHARE_WRITE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const TestFolder folder;
+    const std::string file = folder.narrowPath("f");
+    writeFile(file, "x");
+    const HANDLE handle = CreateFileW(toWidePath(file).c_str(), GENERIC_WRITE, FILE_SHARE_WRITE, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(SetEndOfFile(handle), 0);
     table.closeHandle(nullptr);
     table.closeHandle(handle);

@@ -2,12 +2,14 @@
 
 #include <Velor.Base/KelbIOSource.h>
 
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
+#include <QtCore/QString>
 
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
 #include <string>
 
 /// A source over bytes in memory, which a test sets and looks at directly.
@@ -82,41 +84,65 @@ private:
     bool works() { return left >= 0 && --left >= 0; }
 };
 
+// Narrow paths are UTF-8. Nothing that takes them needs Qt at run time, and the forms for QString only
+// forward.
+
+inline std::filesystem::path filePath(const std::string& path)
+{
+    return std::u8string(path.begin(), path.end());
+}
+
 /// A folder of its own for a test, removed with all its files.
 class TestFolder
 {
 public:
-    TestFolder() { mFolder.setAutoRemove(false); }
-    // Qt leaves a folder behind that holds a name which is not UTF-8.
-    ~TestFolder() { std::filesystem::remove_all(mFolder.path().toStdString()); }
+    TestFolder()
+    {
+        std::random_device random;
+        do {
+            mFolder = std::filesystem::temp_directory_path() / ("velor-test-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(mFolder));
+    }
+    ~TestFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(mFolder, ignored);
+    }
     TestFolder(const TestFolder&) = delete;
     TestFolder& operator=(const TestFolder&) = delete;
 
-    QString path(const QString& name) const { return mFolder.filePath(name); }
-    std::string narrowPath(const char* name) const
+    std::string narrowPath(const std::string& name) const
     {
-        return mFolder.filePath(QString::fromUtf8(name)).toStdString();
+        const std::u8string path = (mFolder / filePath(name)).generic_u8string();
+        return {path.begin(), path.end()};
     }
+    QString path(const QString& name) const { return QString::fromStdString(narrowPath(name.toStdString())); }
 
 private:
-    QTemporaryDir mFolder;
+    std::filesystem::path mFolder;
 };
 
-inline void writeFile(const QString& path, const std::string& bytes)
+inline void writeFile(const std::string& path, const std::string& bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(bytes.data(), qint64(bytes.size())) != qint64(bytes.size())) {
-        qFatal("cannot write %s", qPrintable(path));
-    }
+    std::ofstream file(filePath(path), std::ios::binary);
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
 }
 
+inline void writeFile(const QString& path, const std::string& bytes) { writeFile(path.toStdString(), bytes); }
+
 /// The content of a file; "(missing)" where there is none.
-inline std::string fileBytes(const QString& path)
+inline std::string fileBytes(const std::string& path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "(missing)";
+    if (!std::filesystem::is_regular_file(filePath(path))) {
+        return "(missing)";
+    }
+    std::ifstream file(filePath(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
+
+inline std::string fileBytes(const QString& path) { return fileBytes(path.toStdString()); }
 
 inline std::string readBytes(KelbIOSource& source, std::size_t count)
 {
