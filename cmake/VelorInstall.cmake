@@ -29,3 +29,8 @@ list(TRANSFORM velor_qt_components REPLACE "(.+)" "Qt6\\1 >= ${velor_qt_version}
 list(JOIN pkgconfig_requires ", " pkgconfig_requires)
 configure_file(cmake/Velor2.Base.pc.in ${PROJECT_BINARY_DIR}/Velor2.Base.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/Velor2.Base.pc DESTINATION ${pkgconfig_dir} COMPONENT Development)
+
+# For gdb, which looks for this name when it loads the library from the prefix that is chosen when installing.
+install(FILES tools/gdb/velor_printers.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}
+    RENAME $<TARGET_FILE_NAME:Velor2.Base>-gdb.py COMPONENT Development)
