@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
 #include <thread>
