@@ -57,7 +57,7 @@ FILES = {
     "Characters/Hero/skeleton.xml": skeleton(),
     "Characters/Hero/portrait.png": portrait(),
     "Characters/Hero/notes.tar.gz.txt": "Takes of the hero; the raw takes are kept elsewhere.\n",
-    "synonyms.xml": '<KelbSynonyms><Synonym words="walk,stroll,amble" /></KelbSynonyms>\n',
+    "synonyms.xml": '<KelbSynonyms><KelbSynonym values="walk, stroll, amble"/></KelbSynonyms>\n',
     "Notes/empty.txt": "",
     "Notes/README": "A name without a full stop: packing leaves it out, and the log says so.\n",
 }

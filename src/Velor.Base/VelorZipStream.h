@@ -73,9 +73,9 @@ public:
     bool isOpen() const;
 
     /// Adds the file at `diskPath` as the entry `name`, whose folders are put in lower case: the part before
-    /// the last backslash, or before the last slash if there is no backslash. The folders get entries too.
-    /// A file that cannot be read to its end, and the archive itself, make the archive bad: a caller that
-    /// wants to go on without a missing file must look before adding it.
+    /// the last backslash, or before the last slash if there is no backslash. A file that cannot be read to
+    /// its end, and the archive itself, make the archive bad: a caller that wants to go on without a missing
+    /// file must look before adding it.
     bool addFile(const QString& name, const QString& diskPath);
 
     /// Adds `size` bytes at `data`, which may be null for none.
@@ -98,7 +98,8 @@ public:
     /// uncompressed. The first call replaces the zip library's own set: gif, jpeg, jpg and png.
     void addUncompressedExtension(const QString& extension);
 
-    /// Whether a file was added under exactly this name, its folders in lower case. Folders do not count.
+    /// Whether a file was added under exactly this name, with its folders in lower case and its separators
+    /// as they were given. Folders do not count.
     bool hasFile(const QString& name) const;
 
 protected:
