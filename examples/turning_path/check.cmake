@@ -1,0 +1,55 @@
+# Runs turning_path: each picture must come out as what its name says, and each mistake give one line on
+# standard error and the exit code of its kind. PROGRAM is the command, FOLDER where the pictures go.
+file(REMOVE_RECURSE ${FOLDER})
+file(MAKE_DIRECTORY ${FOLDER})
+
+# A picture: its name, the bytes that it begins with as a regular expression of hex digits, the arguments.
+function(expect_picture name head)
+    execute_process(COMMAND ${PROGRAM} ${ARGN} --out ${FOLDER}/${name}
+        RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE error)
+    if(NOT code EQUAL 0 OR NOT "${out}${error}" STREQUAL "")
+        message(SEND_ERROR "${name}: exit code ${code}, '${out}${error}'")
+        return()
+    endif()
+    file(READ ${FOLDER}/${name} bytes HEX)
+    string(LENGTH "${bytes}" digits)
+    if(NOT bytes MATCHES "^${head}" OR digits LESS 10000)
+        message(SEND_ERROR "${name}: no such picture, or next to nothing in it")
+    endif()
+endfunction()
+
+function(expect_mistake wanted_code message)
+    execute_process(COMMAND ${PROGRAM} ${ARGN} RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE error)
+    if(NOT code EQUAL wanted_code OR NOT error MATCHES "^turning_path: [^\n]*${message}[^\n]*\n$" OR NOT out STREQUAL "")
+        message(SEND_ERROR "${ARGN}: exit code ${code}, '${error}'")
+    endif()
+endfunction()
+
+set(png 89504e470d0a1a0a)
+set(svg 3c3f786d6c) # <?xml
+expect_picture(path.png ${png})
+expect_picture(path.svg ${svg} --start -2,1 --target=4,5 --heading -120 --bulge 0.8 --handle 1 --run-in 0 --segments 1)
+expect_picture(dark.png ${png} --dark --segments 10000)
+expect_picture(sheet.png ${png} --sheet)
+expect_picture(sheet.svg ${svg} --sheet --dark --run-in 0)
+expect_picture(easing.png ${png} --easing)
+expect_picture(one-place.svg ${svg} --start 1e6,1e6 --target 1e6,1e6 --handle 0)
+expect_picture(huge.svg ${svg} --bulge 1e6 --handle 1e6)
+
+expect_mistake(2 "--out is missing")
+expect_mistake(2 "--out takes a file name" --out picture.jpg)
+expect_mistake(2 "--heading takes a number" --out a.png --heading east)
+expect_mistake(2 "--bulge takes a number" --out a.png --bulge nan)
+expect_mistake(2 "--start takes two numbers" --out a.png --start 1,2,3)
+expect_mistake(2 "--segments takes a whole number" --out a.png --segments 0)
+expect_mistake(2 "Missing value" --out)
+expect_mistake(2 "Unknown option" --out a.png --unknown)
+expect_mistake(2 "belongs to no option" --out a.png stray)
+expect_mistake(2 "ask for one of them" --out a.png --sheet --easing)
+expect_mistake(1 "cannot write" --out ${FOLDER}/missing/a.svg)
+expect_mistake(1 "cannot write" --out ${FOLDER}/missing/a.png)
+
+execute_process(COMMAND ${PROGRAM} --help RESULT_VARIABLE code OUTPUT_VARIABLE out)
+if(NOT code EQUAL 0 OR NOT out MATCHES "--run-in")
+    message(SEND_ERROR "--help: exit code ${code}, '${out}'")
+endif()
