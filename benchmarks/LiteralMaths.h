@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <random>
 
 /// \file
 /// The formulas of motion maths as they are written down, one operation after the other on plain floats, with
@@ -28,6 +29,24 @@ inline bool sameBits(const Vec3& a, const Vec3& b)
 {
     return sameBits(a.x, b.x) && sameBits(a.y, b.y) && sameBits(a.z, b.z);
 }
+
+/// Mostly numbers of a scene; now and then any 32 bits, infinities, NaN and denormals among them.
+class Inputs
+{
+public:
+    explicit Inputs(std::uint32_t seed)
+        : mEngine(seed)
+    {}
+
+    float number() { return mEngine() % 16 == 0 ? std::bit_cast<float>(mBits(mEngine)) : mNumbers(mEngine); }
+    Vec2 vec2() { return {number(), number()}; }
+    Vec3 vec3() { return {number(), number(), number()}; }
+
+private:
+    std::mt19937 mEngine;
+    std::uniform_int_distribution<std::uint32_t> mBits;
+    std::uniform_real_distribution<float> mNumbers{-3, 3};
+};
 
 inline void bezierWeights(float t, float (&weights)[4])
 {

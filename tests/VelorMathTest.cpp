@@ -5,12 +5,9 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
-#include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <new>
-#include <random>
 
 #if __has_include(<sys/resource.h>)
 #include <sys/resource.h>
@@ -169,23 +166,9 @@ TEST(VelorMath, ScalarsKeepTheirEdges)
     }
 }
 
-/// Mostly numbers of a scene; now and then any 32 bits, infinities, NaN and denormals among them.
-class Inputs
-{
-public:
-    float number() { return mEngine() % 16 == 0 ? std::bit_cast<float>(mBits(mEngine)) : mNumbers(mEngine); }
-    Vec2 vec2() { return {number(), number()}; }
-    Vec3 vec3() { return {number(), number(), number()}; }
-
-private:
-    std::mt19937 mEngine{20};
-    std::uniform_int_distribution<std::uint32_t> mBits;
-    std::uniform_real_distribution<float> mNumbers{-3, 3};
-};
-
 TEST(VelorMath, CurvesHaveTheBitsOfTheLiteralFormulas)
 {
-    Inputs in;
+    literal::Inputs in(20);
     for (int i = 0; i < 20000; ++i) {
         const Vec2 p[] = {in.vec2(), in.vec2(), in.vec2(), in.vec2()};
         const Vec3 q[] = {in.vec3(), in.vec3(), in.vec3(), in.vec3()};
@@ -206,7 +189,7 @@ TEST(VelorMath, CurvesHaveTheBitsOfTheLiteralFormulas)
 
 TEST(VelorMath, TurningCurvesHaveTheBitsOfTheLiteralSteps)
 {
-    Inputs in;
+    literal::Inputs in(20);
     for (int i = 0; i < 10000; ++i) {
         const Vec2 start = in.vec2(), target = in.vec2(), heading = in.vec2();
         const float bulge = in.number(), handle = in.number(), runIn = in.number();

@@ -26,7 +26,7 @@ struct Weights
 };
 
 /// The Bernstein polynomials at `t`. Powers are products here: of a float, the square is exact in double and
-/// the cube is rounded once, so that both, rounded to float, are what pow gives. benchmarks/PowComparison.cpp
+/// the cube is rounded once, so that both, rounded to float, are what pow gives. benchmarks/MathsComparison.cpp
 /// compares them for every float.
 Weights bernstein(float t)
 {
