@@ -5,6 +5,7 @@
 #include <QtCore/QTextStream>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -29,6 +30,32 @@ int fail(const QString& message)
     return Failed;
 }
 
+struct Options
+{
+    QCommandLineOption synonyms{QStringLiteral("synonyms"),
+                                QStringLiteral("Let words meet that stand in one group of this file."),
+                                QStringLiteral("FILE")};
+    QCommandLineOption ignoreGender{
+        QStringLiteral("ignore-gender"),
+        QStringLiteral("Leave out tags that the synonyms tie to male or female.")};
+    QCommandLineOption trace{QStringLiteral("trace"),
+                             QStringLiteral("Write to this file, as XML, why each item was found."),
+                             QStringLiteral("FILE")};
+    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")};
+};
+
+void describe(QCommandLineParser& parser, const Options& options)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "Lists the items of a catalogue whose tags, or whose category's tags, meet the query's tags,\n"
+        "those with the most matches first. Ends with 0 when items were found, 1 when none was, and\n"
+        "2 after an error. An empty query finds the items without tags of their own."));
+    parser.addPositionalArgument(QStringLiteral("CATALOGUE"), QStringLiteral("The catalogue, an XML file."));
+    parser.addPositionalArgument(QStringLiteral("QUERY"), QStringLiteral("Tags, separated by commas."),
+                                 QStringLiteral("QUERY..."));
+    parser.addOptions({options.synonyms, options.ignoreGender, options.trace, options.help});
+}
+
 std::optional<QString> valueOf(const QCommandLineParser& parser, const QCommandLineOption& option)
 {
     return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
@@ -37,32 +64,15 @@ std::optional<QString> valueOf(const QCommandLineParser& parser, const QCommandL
 /// The arguments, or one line in `error`. Ends the program itself for --help and --version.
 std::optional<Arguments> parseArguments(const QStringList& words, QString& error)
 {
-    const QCommandLineOption synonyms(QStringLiteral("synonyms"),
-                                      QStringLiteral("Let words meet that stand in one group of this file."),
-                                      QStringLiteral("FILE"));
-    const QCommandLineOption ignoreGender(
-        QStringLiteral("ignore-gender"),
-        QStringLiteral("Leave out tags that the synonyms tie to male or female."));
-    const QCommandLineOption trace(QStringLiteral("trace"),
-                                   QStringLiteral("Write to this file, as XML, why each item was found."),
-                                   QStringLiteral("FILE"));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this text."));
+    const Options options;
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Lists the items of a catalogue whose tags, or whose category's tags, meet the query's tags,\n"
-        "those with the most matches first. Ends with 0 when items were found, 1 when none was, and\n"
-        "2 after an error. An empty query finds the items without tags of their own."));
-    parser.addPositionalArgument(QStringLiteral("CATALOGUE"), QStringLiteral("The catalogue, an XML file."));
-    parser.addPositionalArgument(QStringLiteral("QUERY"), QStringLiteral("Tags, separated by commas."),
-                                 QStringLiteral("QUERY..."));
-    parser.addOptions({synonyms, ignoreGender, trace, help});
+    describe(parser, options);
     const QCommandLineOption version = parser.addVersionOption();
     if (!parser.parse(words)) {
         error = parser.errorText();
         return {};
     }
-    if (parser.isSet(help)) {
+    if (parser.isSet(options.help)) {
         parser.showHelp();
     }
     if (parser.isSet(version)) {
@@ -73,18 +83,18 @@ std::optional<Arguments> parseArguments(const QStringList& words, QString& error
         error = QStringLiteral("a catalogue and a query are needed; see --help");
         return {};
     }
-    if (parser.isSet(ignoreGender) && !parser.isSet(synonyms)) {
+    const bool ignoresGender = parser.isSet(options.ignoreGender);
+    if (ignoresGender && !parser.isSet(options.synonyms)) {
         error = QStringLiteral("--ignore-gender needs --synonyms, which tell the words of gender");
         return {};
     }
     const QString catalogue = positional.takeFirst();
-    return Arguments{catalogue,
-                     valueOf(parser, synonyms),
-                     valueOf(parser, trace),
-                     {positional.join(u','), {}, parser.isSet(ignoreGender)}};
+    const Query query{positional.join(u','), {}, ignoresGender};
+    return Arguments{catalogue, valueOf(parser, options.synonyms), valueOf(parser, options.trace), query};
 }
 
-void print(const QList<Hit>& hits)
+/// False when standard output does not take the list, as on a full disk.
+bool print(const QList<Hit>& hits)
 {
     qsizetype width = 0;
     for (const Hit& hit : hits) {
@@ -102,6 +112,8 @@ void print(const QList<Hit>& hits)
         }
         out << '\n';
     }
+    out.flush();
+    return out.status() == QTextStream::Ok && std::fflush(stdout) == 0;
 }
 
 } // namespace
@@ -123,7 +135,9 @@ int main(int argc, char* argv[])
         return fail(QStringLiteral("%1 cannot be opened or is no synonyms file").arg(*arguments->synonyms));
     }
     const QList<Hit> hits = search(*items, arguments->query);
-    print(hits);
+    if (!print(hits)) {
+        return fail(QStringLiteral("cannot write to standard output"));
+    }
     if (arguments->trace && !writeTrace(*arguments->trace, hits, arguments->query)) {
         return fail(QStringLiteral("cannot write a trace to %1").arg(*arguments->trace));
     }

@@ -91,6 +91,12 @@ class Catalogue(unittest.TestCase):
                 code, _, error = run(*arguments)
                 self.assertEqual((code, error), (2, f"catalogue: {message}\n"))
 
+    @unittest.skipUnless(os.path.exists("/dev/full"), "there is no device that is always full")
+    def test_a_full_output_is_an_error(self):
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([PROGRAM, ITEMS, "BOX"], stdout=full, stderr=subprocess.PIPE, timeout=30)
+        self.assertEqual((done.returncode, done.stderr), (2, b"catalogue: cannot write to standard output\n"))
+
     def test_the_trace_tells_why(self):
         with tempfile.TemporaryDirectory() as folder:
             path = pathlib.Path(folder, "new", "why.xml")
