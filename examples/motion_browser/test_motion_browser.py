@@ -37,8 +37,8 @@ class Display:
         self.environment = {
             "DISPLAY": ":" + number, "QT_QPA_PLATFORM": "xcb", "LC_ALL": "C.UTF-8", "HOME": folder,
             "XDG_RUNTIME_DIR": folder, "PATH": os.environ["PATH"],
-            **{name: os.environ[name] for name in ("TSAN_OPTIONS", "ASAN_OPTIONS") if name in os.environ}}
-        start(stack, ["openbox"], env=self.environment, stderr=subprocess.DEVNULL)
+            **{name: os.environ[name] for name in ("ASAN_OPTIONS", "LSAN_OPTIONS") if name in os.environ}}
+        start(stack, ["openbox"], env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def do(self, *command):
         subprocess.run(["xdotool", *map(str, command)], env=self.environment, check=True, timeout=PATIENCE)
@@ -226,8 +226,21 @@ def search_meets_synonyms(display, first, _):
     assert "Stroll_Park" in [clip["name"] for clip in first.state()["catalogue"]], first.state()["catalogue"]
 
 
+def closing_ends_well(display, first, second):
+    """Without a report where the program is built with a sanitizer."""
+    for browser in (first, second):
+        display.click(browser.place("search"))
+        display.do("key", "alt+F4")
+        assert browser.process.wait(PATIENCE) == 0, browser.process.returncode
+
+
 STORIES = [drag_within_one_window, move_within_the_playlist, drag_between_two_processes, escape_cancels,
-           foreign_data_is_refused, keyboard_adds_and_removes, search_meets_synonyms]
+           foreign_data_is_refused, keyboard_adds_and_removes, search_meets_synonyms,
+           closing_ends_well]
+
+
+def out_of_time(*_):
+    raise TimeoutError(f"not done after {TIME_LIMIT} seconds")
 
 
 def main():
@@ -235,6 +248,7 @@ def main():
     if missing:
         print(f"SKIPPED: {', '.join(missing)} not installed (Debian: xvfb xdotool openbox)")
         return SKIPPED
+    signal.signal(signal.SIGALRM, out_of_time)
     signal.alarm(TIME_LIMIT)
     with contextlib.ExitStack() as stack:
         folder = stack.enter_context(tempfile.TemporaryDirectory())
