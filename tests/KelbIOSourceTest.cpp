@@ -102,19 +102,20 @@ TEST(KelbFile, ReadsAndWritesAlternateWithoutASeek)
     const TestFolder folder;
     const std::string path = folder.narrowPath("f");
     writeFile(path, "0123456789");
-    KelbFile file(path.c_str(), KelbFile::ModeReadWrite);
-    EXPECT_EQ(readBytes(file, 2), "01");
-    file.write("ab", 2);
-    EXPECT_EQ(readBytes(file, 2), "45");
-    file.write("c", 1);
-    EXPECT_EQ(readBytes(file, 9), "789");
-    file.write("end", 3);
-    EXPECT_EQ(readBytes(file, 1), "");
-    file.skip(-99);
-    file.seek(std::uint64_t(1) << 63);
-    EXPECT_EQ(file.tell(), 13u) << "a move that cannot be leaves the position";
-    file.close();
-    EXPECT_EQ(fileBytes(path), "01ab45c789end");
+    {
+        KelbFile file(path.c_str(), KelbFile::ModeReadWrite);
+        EXPECT_EQ(readBytes(file, 2), "01");
+        file.write("ab", 2);
+        EXPECT_EQ(readBytes(file, 2), "45");
+        file.write("c", 1);
+        EXPECT_EQ(readBytes(file, 9), "789");
+        file.write("end", 3);
+        EXPECT_EQ(readBytes(file, 1), "");
+        file.skip(-99);
+        file.seek(std::uint64_t(1) << 63);
+        EXPECT_EQ(file.tell(), 13u) << "a move that cannot be leaves the position";
+    }
+    EXPECT_EQ(fileBytes(path), "01ab45c789end") << "the destructor closes the file";
 }
 
 struct ResizeRow
