@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -38,7 +39,7 @@ public:
         ++writes;
         return count;
     }
-    std::uint64_t size() override { return bytes.size(); }
+    std::uint64_t size() override { return toldSize.value_or(bytes.size()); }
     std::uint64_t tell() override { return position; }
     void rewind() override { seek(0); }
     void skip(std::int64_t offset) override { seek(position + static_cast<std::uint64_t>(offset)); }
@@ -52,6 +53,7 @@ public:
     bool hasError() override { return false; }
 
     std::string bytes;
+    std::optional<std::uint64_t> toldSize; ///< a lie about the size
     std::size_t position = 0;
     bool atEnd = false;
     int reads = 0;
