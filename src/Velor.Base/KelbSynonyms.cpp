@@ -5,7 +5,6 @@
 #include <QtXml/QDomDocument>
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -73,7 +72,7 @@ KelbSynonyms& KelbSynonyms::operator=(KelbSynonyms other) noexcept
 
 KelbSynonyms::~KelbSynonyms() { qDeleteAll(mGroups); }
 
-bool KelbSynonyms::load(QString path)
+bool KelbSynonyms::load(const QString& path)
 {
     QDomDocument document;
     if (!parse(document, path)) {
@@ -88,11 +87,10 @@ bool KelbSynonyms::load(QString path)
         if (element.tagName() != DocumentSynonymRoot) {
             continue;
         }
-        auto group = std::make_unique<KelbSynonym>();
-        group->readXML(element);
-        if (!group->isEmpty()) {
-            mGroups.append(group.get());
-            group.release();
+        KelbSynonym group;
+        group.readXML(element);
+        if (!group.isEmpty()) {
+            mGroups.append(new KelbSynonym(std::move(group)));
         }
     }
     return true;

@@ -32,6 +32,23 @@ QStringView withoutLeadingBlanks(QStringView text)
     return {first, text.end()};
 }
 
+QList<QString> tagsOf(const QString& text, bool usesDefault)
+{
+    QList<QString> tags;
+    std::unordered_set<QString, FoldedHash, SameTag> known;
+    for (const QStringView part : qTokenize(text, u',')) {
+        const QString tag = withoutLeadingBlanks(part).toString();
+        if (!tag.isEmpty() && known.insert(tag).second) {
+            tags.append(tag);
+        }
+    }
+    if (tags.isEmpty() && usesDefault) {
+        tags.append(KelbTags::DefaultTag);
+    }
+    tags.sort(Qt::CaseInsensitive);
+    return tags;
+}
+
 bool isGenderTag(const QString& tag, const KelbSynonyms& synonyms)
 {
     return synonyms.areSynonyms(tag, KelbTags::MaleTag) || synonyms.areSynonyms(tag, KelbTags::FemaleTag);
@@ -55,7 +72,9 @@ const QString KelbTags::DefaultTag = QStringLiteral("Default");
 const QString KelbTags::MaleTag = QStringLiteral("male");
 const QString KelbTags::FemaleTag = QStringLiteral("female");
 
-KelbTags::KelbTags(QString text) { fromString(std::move(text)); }
+KelbTags::KelbTags(const QString& text)
+    : mTags(tagsOf(text, true))
+{}
 
 KelbTags::KelbTags(QList<QString> tags) { fromStringList(std::move(tags)); }
 
@@ -83,21 +102,7 @@ void KelbTags::readXML(const QDomElement& element) { fromString(element.attribut
 
 void KelbTags::writeXML(QDomElement& element) { element.setAttribute(XMLElementName(), toString()); }
 
-void KelbTags::fromString(QString text)
-{
-    mTags.clear();
-    std::unordered_set<QString, FoldedHash, SameTag> known;
-    for (const QStringView part : qTokenize(text, u',')) {
-        const QString tag = withoutLeadingBlanks(part).toString();
-        if (!tag.isEmpty() && known.insert(tag).second) {
-            mTags.append(tag);
-        }
-    }
-    if (mTags.isEmpty() && usesDefault()) {
-        mTags.append(DefaultTag);
-    }
-    mTags.sort(Qt::CaseInsensitive);
-}
+void KelbTags::fromString(const QString& text) { mTags = tagsOf(text, usesDefault()); }
 
 void KelbTags::fromStringList(QList<QString> tags)
 {
@@ -147,8 +152,8 @@ bool KelbTags::operator==(const KelbTags& other) const
            std::all_of(mTags.begin(), mTags.end(), [&](const QString& tag) { return other.hasTag(tag); });
 }
 
-VelorCategoryTags::VelorCategoryTags(QString text)
-    : KelbTags(std::move(text))
+VelorCategoryTags::VelorCategoryTags(const QString& text)
+    : KelbTags(text)
 {}
 
 QString VelorCategoryTags::XMLElementName() { return QStringLiteral("categoryTags"); }

@@ -31,8 +31,8 @@ public:
 
     /// No tags at all, not even the default tag.
     KelbTags() = default;
-    /// See `fromString`.
-    KelbTags(QString text);
+    /// The tags of `text` as `fromString` reads it; a text without tags gives the default tag.
+    KelbTags(const QString& text);
     /// See `fromStringList`.
     KelbTags(QList<QString> tags);
 
@@ -57,7 +57,7 @@ public:
     /// Replaces the list by the tags of `text`, which commas separate. Blanks (U+0020) in front of a tag go,
     /// those inside it and behind it stay, as does any other space character; empty tags vanish. A text
     /// without tags gives the default tag if `usesDefault`. The time for n tags grows as n log n.
-    void fromString(QString text);
+    void fromString(const QString& text);
     /// Replaces the list by `tags`, sorted ignoring case and otherwise as they are. The order of tags equal
     /// ignoring case is open.
     void fromStringList(QList<QString> tags);
@@ -112,9 +112,8 @@ class VELOR_BASE_EXPORT VelorCategoryTags : public KelbTags
 {
 public:
     VelorCategoryTags() = default;
-    /// As `fromString`, except that a text without tags gives the default tag: the set is still a `KelbTags`
-    /// while the text is read.
-    VelorCategoryTags(QString text);
+    /// As the constructor of `KelbTags`: unlike in `fromString`, a text without tags gives the default tag.
+    VelorCategoryTags(const QString& text);
 
     QString XMLElementName() override;
     bool usesDefault() override;

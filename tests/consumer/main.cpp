@@ -1,3 +1,4 @@
+#include <Velor.Base/KelbTags.h>
 #include <Velor.Base/VelorLog.h>
 #include <Velor.Base/VelorVectors.h>
 #include <Velor.Base/VelorWildcard.h>
@@ -15,6 +16,9 @@ public:
     std::string heard;
 };
 
+// Built before main: the constants of the library are alive by then.
+const KelbTags Untagged{QString()};
+
 int main()
 {
     VelorLog log("consumer.log");
@@ -24,5 +28,6 @@ int main()
     const bool matches =
         VelorWildcard::check(QStringLiteral("clips/walk.fbx"), QStringLiteral("*.fbx"), Qt::CaseInsensitive);
     std::cout << listener.heard << (matches ? ", matches\n" : ", does not match\n");
-    return listener.heard == "[WARNING] - length 7" && matches ? 0 : 1;
+    return listener.heard == "[WARNING] - length 7" && matches && Untagged.hasTag(KelbTags::DefaultTag) ? 0
+                                                                                                        : 1;
 }
