@@ -2,6 +2,14 @@
 
 function(velor_compile_options target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+        # When it optimises, this version takes a sum of strings for a copy onto itself.
+        target_compile_options(${target} PRIVATE -Wno-restrict)
+    endif()
+    if(WIN32)
+        # What ships must not name the machine that built it.
+        target_compile_options(${target} PRIVATE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+    endif()
     if(VELOR_WARNINGS_AS_ERRORS)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
