@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QDebug>
 #include <QtCore/QStringEncoder>
 #include <QtXml/QDomDocument>
 

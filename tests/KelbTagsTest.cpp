@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QDebug>
 #include <QtXml/QDomDocument>
 
 namespace {

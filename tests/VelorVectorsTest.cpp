@@ -1,5 +1,6 @@
 #include <Velor.Base/VelorVectors.h>
 
+#include <QtCore/QDebug>
 #include <QtCore/QString>
 #include <gtest/gtest.h>
 

@@ -2,8 +2,7 @@
 
 #include "VelorBaseExport.h"
 
-#include <QtCore/QtEndian>
-
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <memory>
@@ -80,16 +79,20 @@ public:
     /// high end of the value first.
     float readFloat()
     {
-        std::uint32_t bits = 0;
-        mSource->read(&bits, sizeof bits);
-        return std::bit_cast<float>(qFromLittleEndian(bits));
+        std::array<std::uint8_t, sizeof(float)> bytes{};
+        mSource->read(bytes.data(), bytes.size());
+        return std::bit_cast<float>(std::uint32_t(bytes[0]) | std::uint32_t(bytes[1]) << 8U |
+                                    std::uint32_t(bytes[2]) << 16U | std::uint32_t(bytes[3]) << 24U);
     }
 
     /// Writes `*value` as `readFloat` reads it, and returns whether all four bytes were written.
     bool writeFloat(const float* value)
     {
-        const std::uint32_t bits = qToLittleEndian(std::bit_cast<std::uint32_t>(*value));
-        return mSource->write(&bits, sizeof bits) == sizeof bits;
+        const auto bits = std::bit_cast<std::uint32_t>(*value);
+        const std::array<std::uint8_t, sizeof bits> bytes{std::uint8_t(bits), std::uint8_t(bits >> 8U),
+                                                          std::uint8_t(bits >> 16U),
+                                                          std::uint8_t(bits >> 24U)};
+        return mSource->write(bytes.data(), bytes.size()) == bytes.size();
     }
 
 protected:

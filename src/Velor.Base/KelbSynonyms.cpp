@@ -1,5 +1,6 @@
 #include "KelbSynonyms.h"
 
+#include <QtCore/QDebug>
 #include <QtCore/QFile>
 #include <QtCore/QStringConverter>
 #include <QtXml/QDomDocument>
@@ -45,6 +46,12 @@ void KelbSynonym::readXML(const QDomElement& element)
 bool KelbSynonym::areSynonyms(const QString& first, const QString& second) const
 {
     return holds(first.toLower(), second.toLower());
+}
+
+QDebug operator<<(QDebug debug, const KelbSynonym& group)
+{
+    const QDebugStateSaver saver(debug);
+    return debug.nospace() << "KelbSynonym(" << group.mValues.join(QStringLiteral(", ")) << ')';
 }
 
 bool KelbSynonym::holds(const QString& lowerFirst, const QString& lowerSecond) const
@@ -102,4 +109,16 @@ bool KelbSynonyms::areSynonyms(const QString& first, const QString& second) cons
     const QString lowerSecond = second.toLower();
     return std::any_of(mGroups.begin(), mGroups.end(),
                        [&](const KelbSynonym* group) { return group->holds(lowerFirst, lowerSecond); });
+}
+
+QDebug operator<<(QDebug debug, const KelbSynonyms& synonyms)
+{
+    const QDebugStateSaver saver(debug);
+    debug.nospace() << "KelbSynonyms(";
+    const char* separator = "";
+    for (const KelbSynonym* group : synonyms.mGroups) {
+        debug << separator << *group;
+        separator = ", ";
+    }
+    return debug << ')';
 }

@@ -2,13 +2,13 @@
 
 #include "VelorBaseExport.h"
 
-#include <QtCore/QDebug>
 #include <QtCore/QHashFunctions>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
 #include <algorithm>
 
+class QDebug;
 class QDomElement;
 
 /// One group of words that mean the same. The words are kept in lower case (QString::toLower), in the order
@@ -35,11 +35,7 @@ public:
 
     friend size_t qHash(const KelbSynonym& group, size_t seed = 0) { return qHash(group.mValues, seed); }
 
-    friend QDebug operator<<(QDebug debug, const KelbSynonym& group)
-    {
-        const QDebugStateSaver saver(debug);
-        return debug.nospace() << "KelbSynonym(" << group.mValues.join(QStringLiteral(", ")) << ')';
-    }
+    friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const KelbSynonym& group);
 
 private:
     friend class KelbSynonyms;
@@ -99,17 +95,7 @@ public:
         return seed;
     }
 
-    friend QDebug operator<<(QDebug debug, const KelbSynonyms& synonyms)
-    {
-        const QDebugStateSaver saver(debug);
-        debug.nospace() << "KelbSynonyms(";
-        const char* separator = "";
-        for (const KelbSynonym* group : synonyms.mGroups) {
-            debug << separator << *group;
-            separator = ", ";
-        }
-        return debug << ')';
-    }
+    friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const KelbSynonyms& synonyms);
 
 private:
     QList<KelbSynonym*> mGroups;

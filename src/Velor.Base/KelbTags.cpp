@@ -2,6 +2,7 @@
 
 #include "KelbSynonyms.h"
 
+#include <QtCore/QDebug>
 #include <QtCore/QHashFunctions>
 #include <QtCore/QStringTokenizer>
 #include <QtXml/QDomElement>
@@ -150,6 +151,12 @@ bool KelbTags::operator==(const KelbTags& other) const
 {
     return mTags.size() == other.mTags.size() &&
            std::all_of(mTags.begin(), mTags.end(), [&](const QString& tag) { return other.hasTag(tag); });
+}
+
+QDebug operator<<(QDebug debug, const KelbTags& tags)
+{
+    const QDebugStateSaver saver(debug);
+    return debug.nospace() << "KelbTags(" << tags.toString() << ')';
 }
 
 VelorCategoryTags::VelorCategoryTags(const QString& text)

@@ -2,11 +2,11 @@
 
 #include "VelorBaseExport.h"
 
-#include <QtCore/QDebug>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
 class KelbSynonyms;
+class QDebug;
 class QDomElement;
 
 /// The free words that one catalogue item carries, as an implicitly shared value. The words have a text form,
@@ -97,11 +97,7 @@ public:
     bool operator==(const KelbTags& other) const;
     bool operator!=(const KelbTags& other) const { return !(*this == other); }
 
-    friend QDebug operator<<(QDebug debug, const KelbTags& tags)
-    {
-        const QDebugStateSaver saver(debug);
-        return debug.nospace() << "KelbTags(" << tags.toString() << ')';
-    }
+    friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const KelbTags& tags);
 
 private:
     QList<QString> mTags;

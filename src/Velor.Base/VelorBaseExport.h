@@ -1,27 +1,24 @@
 #pragma once
 
-#include <QtCore/qcompilerdetection.h>
-
 /// \file
-/// What a symbol of the shared library shows to its callers. Everything is hidden unless a class says
-/// otherwise.
-///
-/// - `VELOR_BASE_EXPORT` on a class: its functions, virtual table and type information can be linked.
-/// - `VELOR_BASE_TYPE` on a class: only its virtual table and type information can be linked, so that a
-/// caller
-///   may derive from it and cast to it. Its functions that are not inline carry `VELOR_BASE_PRIVATE`.
+/// What a symbol of the shared library shows to its callers. Everything is hidden unless it says otherwise.
 
-#if defined(VELOR_BASE_BUILDING)
-#define VELOR_BASE_EXPORT Q_DECL_EXPORT
-#else
-#define VELOR_BASE_EXPORT Q_DECL_IMPORT
-#endif
-
-// Only ELF knows a class whose table is visible while its functions are not.
+// Qt has such macros, too, but the header that defines them would be half the cost of a header without Qt
+// types. Only ELF knows a class whose table is visible while its functions are not.
 #if defined(__ELF__)
-#define VELOR_BASE_TYPE Q_DECL_EXPORT
-#define VELOR_BASE_PRIVATE Q_DECL_HIDDEN
+/// On a class: its functions, virtual table and type information can be linked. Also on a function.
+#define VELOR_BASE_EXPORT __attribute__((visibility("default")))
+/// On a class: only its virtual table and type information can be linked, so that a caller may derive from
+/// it and cast to it.
+#define VELOR_BASE_TYPE __attribute__((visibility("default")))
+/// On a function of such a class that is not inline: it cannot be linked.
+#define VELOR_BASE_PRIVATE __attribute__((visibility("hidden")))
 #else
+#if defined(VELOR_BASE_BUILDING)
+#define VELOR_BASE_EXPORT __declspec(dllexport)
+#else
+#define VELOR_BASE_EXPORT __declspec(dllimport)
+#endif
 #define VELOR_BASE_TYPE
 #define VELOR_BASE_PRIVATE
 #endif

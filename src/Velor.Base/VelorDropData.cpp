@@ -1,10 +1,12 @@
 #include "VelorDropData.h"
 
+#include <QtCore/QDataStream>
 #include <QtCore/QIODevice>
 #include <QtCore/QMimeData>
 #include <QtCore/QVariant>
 #include <QtCore/QtEndian>
 #include <QtGui/QPainter>
+#include <QtGui/QPixmap>
 
 #include <array>
 #include <cmath>

@@ -3,14 +3,14 @@
 #include "VelorBaseExport.h"
 
 #include <QtCore/QByteArray>
-#include <QtCore/QDataStream>
 #include <QtCore/QList>
 #include <QtCore/QString>
-#include <QtGui/QPixmap>
 
 #include <cstdint>
 
+class QDataStream;
 class QMimeData;
+class QPixmap;
 
 /// What travels with a drag inside the application, and between two running copies of it: a list of named
 /// items, each with bytes of its own, and a number that tells what kind of thing is dragged. A second service

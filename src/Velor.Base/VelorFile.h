@@ -2,7 +2,7 @@
 
 #include "VelorBaseExport.h"
 
-#include <QtCore/QString>
+class QString;
 
 /// Operations on whole files. Any thread may call them, on files that nobody else changes meanwhile.
 class VELOR_BASE_EXPORT VelorFile

@@ -4,13 +4,12 @@
 #include "VelorBaseExport.h"
 #include "VelorVectors.h"
 
-#include <QtCore/QString>
-
 #include <concepts>
 #include <cstdint>
 
 class QDomDocument;
 class QJsonDocument;
+class QString;
 
 /// Stores and loads typed values through any source, at its position.
 ///

@@ -143,7 +143,7 @@ public:
     /// _LogMsg of the kind "DEBUG" with a text formatted as by `printf`, cut to 4095 bytes. Mind the order of
     /// the arguments.
     static void _LogfDebugMsg(const std::string& function, int line, const char* format, ...)
-        Q_ATTRIBUTE_FORMAT_PRINTF(3, 4);
+        __attribute__((format(printf, 3, 4)));
 
 private:
     friend struct VelorLogTestAccess;

@@ -1,5 +1,6 @@
 #include "VelorMath.h"
 
+#include <QtCore/QDebug>
 #include <QtCore/QFile>
 #include <QtCore/QTextStream>
 
@@ -154,6 +155,18 @@ QList<VelorCurveKnot> emptyList(qsizetype count)
 }
 
 } // namespace
+
+QDebug operator<<(QDebug debug, const VelorCurveKnot& knot)
+{
+    const QDebugStateSaver saver(debug);
+    return debug.nospace() << "VelorCurveKnot(" << knot.position << ", " << knot.tangent << ')';
+}
+
+QDebug operator<<(QDebug debug, const DoubleMinMax& range)
+{
+    const QDebugStateSaver saver(debug);
+    return debug.nospace() << "DoubleMinMax(" << range.min << ", " << range.max << ')';
+}
 
 std::uint32_t VelorMath::nextPowerOfTwo(std::uint32_t value)
 {

@@ -3,11 +3,12 @@
 #include "VelorBaseExport.h"
 #include "VelorVectors.h"
 
-#include <QtCore/QDebug>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
 #include <cstdint>
+
+class QDebug;
 
 /// \file
 /// Motion maths: easing, cubic Bézier and Catmull-Rom curves, the turning curve of a path, and scalars.
@@ -24,11 +25,7 @@ struct VELOR_BASE_EXPORT VelorCurveKnot
     TVec2d<float> tangent;
 
     friend constexpr bool operator==(const VelorCurveKnot&, const VelorCurveKnot&) = default;
-    friend QDebug operator<<(QDebug debug, const VelorCurveKnot& knot)
-    {
-        const QDebugStateSaver saver(debug);
-        return debug.nospace() << "VelorCurveKnot(" << knot.position << ", " << knot.tangent << ')';
-    }
+    friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const VelorCurveKnot& knot);
 };
 
 /// A range of values, held in floats in spite of its name. Nothing keeps `min` at or below `max`.
@@ -47,11 +44,7 @@ struct VELOR_BASE_EXPORT DoubleMinMax
     constexpr float range() const { return max - min; }
 
     friend constexpr bool operator==(const DoubleMinMax&, const DoubleMinMax&) = default;
-    friend QDebug operator<<(QDebug debug, const DoubleMinMax& range)
-    {
-        const QDebugStateSaver saver(debug);
-        return debug.nospace() << "DoubleMinMax(" << range.min << ", " << range.max << ')';
-    }
+    friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const DoubleMinMax& range);
 };
 
 /// The functions of motion maths.

@@ -1,10 +1,12 @@
 #pragma once
 
-#include <QtCore/QDebug>
-
 #include <array>
 #include <cmath>
+#include <concepts>
 #include <cstddef>
+
+class QDebug;
+class QDebugStateSaver;
 
 /// \file
 /// Small value types of motion code: vectors, a 4 by 4 matrix and a quaternion.
@@ -12,6 +14,9 @@
 /// All are trivially copyable with public fields and no padding, so that an array of them is an array of
 /// their components. Arithmetic works per component unless a name says otherwise. Comparison is exact, so
 /// that NaN equals nothing and the two zeros are equal.
+///
+/// Debug output needs `<QDebug>` where it is used: it is a template here, so that motion code does not pay
+/// for that header.
 
 /// Two components, `x` and `y`.
 template <typename T>
@@ -43,9 +48,10 @@ struct TVec2d
     /// rescaled.
     friend T length(const TVec2d& v) { return std::sqrt(dot(v, v)); }
 
-    friend QDebug operator<<(QDebug debug, const TVec2d& v)
+    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    friend Debug operator<<(Debug debug, const TVec2d& v)
     {
-        const QDebugStateSaver saver(debug);
+        const Saver saver(debug);
         return debug.nospace() << "TVec2d(" << v.x << ", " << v.y << ')';
     }
 };
@@ -98,9 +104,10 @@ struct TVec3d
     /// rescaled.
     friend T length(const TVec3d& v) { return std::sqrt(dot(v, v)); }
 
-    friend QDebug operator<<(QDebug debug, const TVec3d& v)
+    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    friend Debug operator<<(Debug debug, const TVec3d& v)
     {
-        const QDebugStateSaver saver(debug);
+        const Saver saver(debug);
         return debug.nospace() << "TVec3d(" << v.x << ", " << v.y << ", " << v.z << ')';
     }
 };
@@ -156,9 +163,10 @@ struct TMat4d
     friend constexpr TMat4d operator*(T s, TMat4d m) { return m *= s; }
     friend constexpr TMat4d operator/(TMat4d m, T s) { return m /= s; }
 
-    friend QDebug operator<<(QDebug debug, const TMat4d& m)
+    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    friend Debug operator<<(Debug debug, const TMat4d& m)
     {
-        const QDebugStateSaver saver(debug);
+        const Saver saver(debug);
         debug.nospace() << "TMat4d(" << m[0];
         for (std::size_t i = 1; i < Size; ++i) {
             debug << ", " << m[i];
@@ -195,9 +203,10 @@ struct quat
     friend constexpr quat operator*(float s, const quat& q) { return q * s; }
     friend constexpr quat operator/(const quat& q, float s) { return {q.x / s, q.y / s, q.z / s, q.w / s}; }
 
-    friend QDebug operator<<(QDebug debug, const quat& q)
+    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    friend Debug operator<<(Debug debug, const quat& q)
     {
-        const QDebugStateSaver saver(debug);
+        const Saver saver(debug);
         return debug.nospace() << "quat(x " << q.x << ", y " << q.y << ", z " << q.z << ", w " << q.w << ')';
     }
 };

@@ -1,5 +1,6 @@
 #include "VelorVersion.h"
 
+#include <QtCore/QDebug>
 #include <QtCore/QStringList>
 
 #include <utility>
@@ -48,3 +49,10 @@ QString VelorVersion::toCodeString(int parts) const
 }
 
 VelorVersion VelorVersion::current() { return VelorVersion(QStringLiteral(VELOR_BASE_VERSION)); }
+
+QDebug operator<<(QDebug debug, const VelorVersion& version)
+{
+    const QDebugStateSaver saver(debug);
+    return debug.nospace() << "VelorVersion(" << version.mMajor << '.' << version.mMid << '.'
+                           << version.mMinor << ')';
+}

@@ -2,11 +2,12 @@
 
 #include "VelorBaseExport.h"
 
-#include <QtCore/QDebug>
 #include <QtCore/QHashFunctions>
 #include <QtCore/QString>
 
 #include <compare>
+
+class QDebug;
 
 /// A version number of three parts, such as 6.1.2. A plain value: copies are independent, and every operation
 /// on a constant version may run on any thread.
@@ -54,12 +55,7 @@ public:
     }
 
     /// Writes all three parts, also those of a null version.
-    friend QDebug operator<<(QDebug debug, const VelorVersion& version)
-    {
-        const QDebugStateSaver saver(debug);
-        return debug.nospace() << "VelorVersion(" << version.mMajor << '.' << version.mMid << '.'
-                               << version.mMinor << ')';
-    }
+    friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const VelorVersion& version);
 
 private:
     // The comparisons follow this order.
