@@ -24,12 +24,17 @@ namespace KelbBase {
 class VELOR_BASE_TYPE IDataStream
 {
 public:
+    /// An access flag, alone or combined with the other by `|`.
+    /// @{
     static constexpr std::uint16_t AccessRead = 1;
     static constexpr std::uint16_t AccessWrite = 2;
+    /// @}
 
     /// What the access flags say. Nothing here obeys them: they are information for the caller.
+    /// @{
     virtual bool canRead() { return (mAccess & AccessRead) != 0; }
     virtual bool canWrite() { return (mAccess & AccessWrite) != 0; }
+    /// @}
     virtual ~IDataStream() = default;
 
     /// Reads up to `count` bytes and returns how many came: never more than `count`, 0 at the end.
@@ -59,22 +64,31 @@ public:
 
     /// Moves the position by `offset`, backward where that is negative.
     virtual void skip(std::int32_t offset) = 0;
+    /// Moves to `position`, in bytes from the start.
     virtual void seek(std::uint64_t position) = 0;
+    /// The position, in bytes from the start.
     virtual std::uint64_t tell() const = 0;
+    /// Whether the end has been reached.
     virtual bool eof() const = 0;
+    /// Ends the use of what lies below.
     virtual void close() = 0;
 
 protected:
+    /// `access` is a set of the access flags.
     explicit IDataStream(std::uint16_t access)
         : mAccess(access)
     {}
+    /// Copies name, size and flags.
+    /// @{
     IDataStream(const IDataStream&) = default;
     IDataStream& operator=(const IDataStream&) = default;
+    /// @}
 
     /// A name for the stream, for whoever derives from it.
     std::string mName;
     /// The length in bytes where it is known, else 0. `readAll` reads in chunks of it.
     std::uint64_t mSize = 0;
+    /// The access flags.
     std::uint16_t mAccess;
 
 private:

@@ -28,16 +28,21 @@ public:
     virtual std::uint64_t write(const void* buffer, std::uint64_t count) = 0;
     /// The whole length. The position stays.
     virtual std::uint64_t size() = 0;
+    /// The position.
     virtual std::uint64_t tell() = 0;
+    /// Moves to the start.
     virtual void rewind() = 0;
     /// Moves the position by `offset`, backward where that is negative.
     virtual void skip(std::int64_t offset) = 0;
+    /// Moves to `position`.
     virtual void seek(std::uint64_t position) = 0;
+    /// Moves behind the last byte.
     virtual void seekToEnd() = 0;
     /// Whether the end has been reached.
     virtual bool eof() = 0;
     /// Sets the length, where the source can do so; by default nothing happens.
     virtual void resize(std::uint64_t) {}
+    /// Whether an operation has failed for another reason than the end.
     virtual bool hasError() = 0;
 };
 
@@ -53,6 +58,8 @@ public:
         : mSource(source)
     {}
 
+    /// As the source below.
+    /// @{
     std::uint64_t read(void* buffer, std::uint64_t count) override { return mSource->read(buffer, count); }
     std::uint64_t write(const void* buffer, std::uint64_t count) override
     {
@@ -66,6 +73,7 @@ public:
     void seekToEnd() override { mSource->seekToEnd(); }
     bool eof() override { return mSource->eof(); }
     bool hasError() override { return mSource->hasError(); }
+    /// @}
 
     /// The next byte; 0 at the end of the data.
     std::uint8_t readByte()
@@ -96,6 +104,7 @@ public:
     }
 
 protected:
+    /// The source below, never null.
     KelbIOSource* mSource;
 };
 
@@ -124,6 +133,7 @@ public:
     KelbFile(const KelbFile&) = delete;
     KelbFile& operator=(const KelbFile&) = delete;
 
+    /// Whether there is a file to read and write.
     VELOR_BASE_PRIVATE bool isOpen() const;
     /// Writes out what is buffered and closes the file. `hasError` tells from then on whether that failed.
     VELOR_BASE_PRIVATE void close();
@@ -132,12 +142,15 @@ public:
     VELOR_BASE_PRIVATE std::uint64_t write(const void* buffer, std::uint64_t count) override;
     /// 0 where the system cannot tell, as for a pipe. Clears `eof`.
     VELOR_BASE_PRIVATE std::uint64_t size() override;
+    /// The position.
     VELOR_BASE_PRIVATE std::uint64_t tell() override;
     /// This and the other moves clear `eof`. A move in front of the start, or to a position that no file can
     /// have, leaves the position.
     VELOR_BASE_PRIVATE void rewind() override;
     VELOR_BASE_PRIVATE void skip(std::int64_t offset) override;
+    /// As `rewind`.
     VELOR_BASE_PRIVATE void seek(std::uint64_t position) override;
+    /// Moves behind the last byte.
     VELOR_BASE_PRIVATE void seekToEnd() override;
     /// Whether a read has come back short. Reading exactly the last byte does not make it true.
     VELOR_BASE_PRIVATE bool eof() override;

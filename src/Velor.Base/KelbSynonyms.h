@@ -28,13 +28,16 @@ public:
     /// Whether the group holds both words, in any case.
     bool areSynonyms(const QString& first, const QString& second) const;
 
+    /// Exchanges the words without copying.
     void swap(KelbSynonym& other) noexcept { mValues.swap(other.mValues); }
 
     /// The same words in the same order.
     friend bool operator==(const KelbSynonym& a, const KelbSynonym& b) { return a.mValues == b.mValues; }
 
+    /// Fits `==`.
     friend size_t qHash(const KelbSynonym& group, size_t seed = 0) { return qHash(group.mValues, seed); }
 
+    /// Writes the words.
     friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const KelbSynonym& group);
 
 private:
@@ -60,10 +63,13 @@ public:
     /// The name of the element of one group: "KelbSynonym".
     static const QString DocumentSynonymRoot;
 
+    /// No groups, or those of `other`, as the class tells.
+    /// @{
     KelbSynonyms() = default;
     KelbSynonyms(const KelbSynonyms& other);
     KelbSynonyms(KelbSynonyms&& other) noexcept;
     KelbSynonyms& operator=(KelbSynonyms other) noexcept;
+    /// @}
     ~KelbSynonyms();
 
     /// Adds the groups of the XML file at `path` behind those already there; docs/metadata.md has the format.
@@ -78,6 +84,7 @@ public:
     /// that stands in no group is no synonym, not even of itself. Each call walks the groups in order.
     bool areSynonyms(const QString& first, const QString& second) const;
 
+    /// Exchanges the groups without copying.
     void swap(KelbSynonyms& other) noexcept { mGroups.swap(other.mGroups); }
 
     /// Equal groups in the same order.
@@ -87,6 +94,7 @@ public:
                           [](const KelbSynonym* one, const KelbSynonym* other) { return *one == *other; });
     }
 
+    /// Fits `==`.
     friend size_t qHash(const KelbSynonyms& synonyms, size_t seed = 0)
     {
         for (const KelbSynonym* group : synonyms.mGroups) {
@@ -95,6 +103,7 @@ public:
         return seed;
     }
 
+    /// Writes the groups.
     friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const KelbSynonyms& synonyms);
 
 private:

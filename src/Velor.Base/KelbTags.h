@@ -65,11 +65,15 @@ public:
     /// The tags in list order with ", " between them. A tag that holds a comma or begins with a blank does
     /// not come back from this text.
     QString toString() const;
+    /// The tags in list order.
     QList<QString> toStringList() const { return mTags; }
     /// The list itself, valid until this set changes.
     const QList<QString>& getTags() const { return mTags; }
+    /// How many tags there are.
+    /// @{
     int getSize() const { return static_cast<int>(mTags.size()); }
     bool isEmpty() const { return mTags.isEmpty(); }
+    /// @}
     /// Leaves no tags at all, not even the default tag.
     void clear() { mTags.clear(); }
     /// Whether a tag equal ignoring case is in the list.
@@ -94,9 +98,12 @@ public:
     /// order. With duplicates, which `fromStringList` lets in, the two sides may answer differently: `a, a`
     /// equals `a, b`, and `a, b` does not equal `a, a`. So there is no qHash: a hash that follows this
     /// equality could tell no more than the number of tags.
+    /// @{
     bool operator==(const KelbTags& other) const;
     bool operator!=(const KelbTags& other) const { return !(*this == other); }
+    /// @}
 
+    /// Writes `toString`.
     friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const KelbTags& tags);
 
 private:

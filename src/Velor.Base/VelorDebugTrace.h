@@ -89,6 +89,7 @@ private:
 class VELOR_BASE_EXPORT VelorDebugTraceNode : public QEnableSharedFromThis<VelorDebugTraceNode>
 {
 public:
+    /// An enabled node without parent, children and type.
     VelorDebugTraceNode(const QString& name, const QString& description);
 
     /// The copy shares parent and children with its source, but is itself nobody's child, and the children
@@ -148,11 +149,11 @@ public:
     bool saveToFile(const QString& path, const QString& file);
 
 protected:
-    QString mName; ///< Also the key in the parent: not for subclasses to change.
-    QString mDescription;
-    QString mType;
-    bool mDebugEnabled = true;
-    QSharedPointer<VelorDebugTraceNode> mParent;
+    QString mName;             ///< Also the key in the parent: not for subclasses to change.
+    QString mDescription;      ///< Left out of the XML where empty.
+    QString mType;             ///< Left out of the XML where empty.
+    bool mDebugEnabled = true; ///< Whether this node takes children.
+    QSharedPointer<VelorDebugTraceNode> mParent;                  ///< Null at the top.
     QMap<QString, QSharedPointer<VelorDebugTraceNode>> mChildren; ///< Each under its name.
 };
 
@@ -165,6 +166,7 @@ template <>
 class VelorDebugGenericNode<void> : public VelorDebugTraceNode
 {
 public:
+    /// A group without children.
     VelorDebugGenericNode(const QString& name, const QString& description)
         : VelorDebugTraceNode(name, description)
     {

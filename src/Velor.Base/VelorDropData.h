@@ -41,8 +41,10 @@ public:
         Category = 3,
     };
 
+    /// One thing that is dragged.
     struct Item
     {
+        /// What the thing is called.
         QString name;
         QByteArray data; ///< not looked into
     };
@@ -67,16 +69,22 @@ public:
     /// format gives no items and the type `Nothing`; broken bytes give what stands before the first error.
     explicit VelorDropData(const QMimeData* mimeData);
 
+    /// A payload of these items, in their order.
     VelorDropData(const QList<Item>& items, Type type);
 
+    /// The items in list order, valid until this payload changes.
     const QList<Item>& getItems() const { return mItems; }
+    /// Appends `item`.
     void addItem(const Item& item);
 
     /// The names of all items in list order, one for each item.
     QList<QString> getItemNames() const;
 
+    /// What is dragged.
+    /// @{
     void setType(Type type) { mType = type; }
     Type getType() const { return mType; }
+    /// @}
 
     /// Whether the type is `Clip` or `Category`.
     bool isClipOrCategory() { return mType == Clip || mType == Category; }

@@ -36,8 +36,11 @@ class VELOR_BASE_EXPORT VelorIODevice : public KelbIODevice
 public:
     /// `source` must not be null and outlives the device.
     explicit VelorIODevice(KelbIOSource* source);
+    /// A copy shares the source and its position.
+    /// @{
     VelorIODevice(const VelorIODevice&) = default;
     VelorIODevice& operator=(const VelorIODevice&) = default;
+    /// @}
     ~VelorIODevice() override;
 
     using KelbIODevice::write;
@@ -47,20 +50,28 @@ public:
     /// A literal would be taken for raw bytes and `terminate` for their number.
     template <std::same_as<bool> Bool>
     bool write(const char* text, Bool terminate) = delete;
+    /// Writes the components of one value, in the order that the table has.
+    /// @{
     bool write(const TVec3d<float>& value);
     bool write(const quat& value);
     bool write(const TMat4d<float>& value);
+    /// @}
     /// Writes the text in one call of the source; an empty document writes nothing and gives true. The bytes
     /// are UTF-8 whatever encoding the document declares, so it should declare none or UTF-8.
     bool write(const QDomDocument& document);
     /// Writes the text in one call of the source; an empty document writes nothing and gives false.
     bool write(const QJsonDocument& document);
+    /// Writes `count` vectors, without their number.
     bool writeArray(const TVec3d<float>* values, std::uint64_t count);
 
+    /// Reads `count` vectors into `values`, which has room for them.
     void readVector3Array(TVec3d<float>* values, std::uint64_t count);
+    /// The next value, as `write` writes it.
+    /// @{
     TVec3d<float> readVector3();
     quat readQuaternion();
     TMat4d<float> readMatrix4();
+    /// @}
     /// Reads up to a byte 0, which is consumed, or the end of the data. Invalid UTF-8 becomes U+FFFD.
     QString readString();
     /// Reads everything up to the end of the source. The document is empty when nothing is left, when the

@@ -64,6 +64,7 @@ public:
         /// `targetLog` is not owned. With a null one, delivery writes a warning to standard error and the
         /// text is lost.
         Stream(VelorLog* targetLog, Level level, bool skipConsole);
+        /// Takes over the target and the text of `other`.
         Stream(Stream&& other) noexcept;
         /// Delivers what this Stream still holds, then takes over `other`.
         Stream& operator=(Stream&& other); // NOLINT(performance-noexcept-move-constructor)
@@ -77,8 +78,11 @@ public:
             mText << value;
             return *this;
         }
+        /// Applies a manipulator, such as `std::endl` or `std::hex`, to the text.
+        /// @{
         Stream& operator<<(std::ostream& (*manipulator)(std::ostream&));
         Stream& operator<<(std::ios_base& (*manipulator)(std::ios_base&));
+        /// @}
 
         /// Delivers the text now, also when it is empty. The Stream can then collect more.
         Stream& flush();
@@ -110,9 +114,12 @@ public:
 
     /// The path of the log file.
     const std::string& getName() const { return mName; }
+    /// What the setter of this name has set.
+    /// @{
     bool isDebugOutputEnabled() const { return mDebugOutputEnabled; }
     bool isFileOutputSuppressed() const { return mFileOutputSuppressed; }
     bool isTimeStampEnabled() const { return mTimeStampEnabled; }
+    /// @}
     /// The threshold: the largest level number that still passes. The same number that setMaxLogLevel sets.
     Level getMinLogLevel() const { return mMaxLogLevel; }
 
@@ -172,9 +179,12 @@ private:
 class VELOR_BASE_EXPORT LogListener
 {
 public:
+    /// A copy is in no log's list.
+    /// @{
     LogListener() = default;
     LogListener(const LogListener&) = default;
     LogListener& operator=(const LogListener&) = default;
+    /// @}
     /// Does not take the listener out of any log.
     virtual ~LogListener();
 
@@ -227,11 +237,14 @@ public:
     /// the default log.
     void logMessage(const std::string& message, VelorLog::Level level = VelorLog::Info,
                     bool skipConsole = false, const std::string& logName = {});
+    /// `logMessage` at the level of this name.
+    /// @{
     void logError(const std::string& message, bool skipConsole = false, const std::string& logName = {});
     void logWarning(const std::string& message, bool skipConsole = false, const std::string& logName = {});
     void logDebug0(const std::string& message, bool skipConsole = false, const std::string& logName = {});
     void logDebug1(const std::string& message, bool skipConsole = false, const std::string& logName = {});
     void logDebug2(const std::string& message, bool skipConsole = false, const std::string& logName = {});
+    /// @}
 
     /// A Stream aimed at the log that logMessage would choose, or at none. It delivers without the manager's
     /// lock.

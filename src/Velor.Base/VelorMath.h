@@ -21,30 +21,43 @@ class QDebug;
 /// One sample of a 2D curve.
 struct VELOR_BASE_EXPORT VelorCurveKnot
 {
+    /// A point of the curve.
     TVec2d<float> position;
+    /// The direction of travel there.
     TVec2d<float> tangent;
 
+    /// Exact comparison, field by field, and debug output of the fields.
+    /// @{
     friend constexpr bool operator==(const VelorCurveKnot&, const VelorCurveKnot&) = default;
     friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const VelorCurveKnot& knot);
+    /// @}
 };
 
 /// A range of values, held in floats in spite of its name. Nothing keeps `min` at or below `max`.
 struct VELOR_BASE_EXPORT DoubleMinMax
 {
+    /// An end of the range.
+    /// @{
     float min = 0;
     float max = 0;
+    /// @}
 
+    /// Sets both ends.
     constexpr void init(float newMin, float newMax)
     {
         min = newMin;
         max = newMax;
     }
+    /// The middle of the range.
     constexpr float average() const { return (max + min) * 0.5F; }
     /// Negative when `min` is above `max`.
     constexpr float range() const { return max - min; }
 
+    /// Exact comparison, field by field, and debug output of the fields.
+    /// @{
     friend constexpr bool operator==(const DoubleMinMax&, const DoubleMinMax&) = default;
     friend VELOR_BASE_EXPORT QDebug operator<<(QDebug debug, const DoubleMinMax& range);
+    /// @}
 };
 
 /// The functions of motion maths.
@@ -109,6 +122,8 @@ public:
     /// The curve bows out to the side of the straight line that lies away from the heading: to the right for
     /// a heading that turns to the left. It does so the more, the larger the angle between the two is.
     ///
+    /// \param start where the path begins
+    /// \param target where it ends
     /// \param heading the direction of travel at `target`, expected to be of unit length, not normalised
     /// \param bulge how far the first control point leaves the middle of the chord, as a fraction of the
     ///        chord's length at a half turn; for smaller turns in proportion, and not at all at an exact half

@@ -5,9 +5,6 @@
 #include <concepts>
 #include <cstddef>
 
-class QDebug;
-class QDebugStateSaver;
-
 /// \file
 /// Small value types of motion code: vectors, a 4 by 4 matrix and a quaternion.
 ///
@@ -18,13 +15,21 @@ class QDebugStateSaver;
 /// Debug output needs `<QDebug>` where it is used: it is a template here, so that motion code does not pay
 /// for that header.
 
+class QDebug;
+class QDebugStateSaver;
+
 /// Two components, `x` and `y`.
 template <typename T>
 struct TVec2d
 {
+    /// The components, in the order in which they lie.
+    /// @{
     T x = 0;
     T y = 0;
+    /// @}
 
+    /// Arithmetic on each component; `==` is exact.
+    /// @{
     constexpr TVec2d& operator+=(const TVec2d& o) { return *this = *this + o; }
     constexpr TVec2d& operator-=(const TVec2d& o) { return *this = *this - o; }
     constexpr TVec2d& operator*=(const TVec2d& o) { return *this = *this * o; }
@@ -41,6 +46,7 @@ struct TVec2d
     friend constexpr TVec2d operator*(const TVec2d& v, T s) { return {v.x * s, v.y * s}; }
     friend constexpr TVec2d operator*(T s, const TVec2d& v) { return {s * v.x, s * v.y}; }
     friend constexpr TVec2d operator/(const TVec2d& v, T s) { return {v.x / s, v.y / s}; }
+    /// @}
 
     /// The sum of the products, added from `x` on.
     friend constexpr T dot(const TVec2d& a, const TVec2d& b) { return a.x * b.x + a.y * b.y; }
@@ -48,6 +54,7 @@ struct TVec2d
     /// rescaled.
     friend T length(const TVec2d& v) { return std::sqrt(dot(v, v)); }
 
+    /// Writes the name of the type and its components.
     template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
     friend Debug operator<<(Debug debug, const TVec2d& v)
     {
@@ -60,10 +67,15 @@ struct TVec2d
 template <typename T>
 struct TVec3d
 {
+    /// The components, in the order in which they lie.
+    /// @{
     T x = 0;
     T y = 0;
     T z = 0;
+    /// @}
 
+    /// Arithmetic on each component; `==` is exact.
+    /// @{
     constexpr TVec3d& operator+=(const TVec3d& o) { return *this = *this + o; }
     constexpr TVec3d& operator-=(const TVec3d& o) { return *this = *this - o; }
     constexpr TVec3d& operator*=(const TVec3d& o) { return *this = *this * o; }
@@ -92,6 +104,7 @@ struct TVec3d
     friend constexpr TVec3d operator*(const TVec3d& v, T s) { return {v.x * s, v.y * s, v.z * s}; }
     friend constexpr TVec3d operator*(T s, const TVec3d& v) { return {s * v.x, s * v.y, s * v.z}; }
     friend constexpr TVec3d operator/(const TVec3d& v, T s) { return {v.x / s, v.y / s, v.z / s}; }
+    /// @}
 
     /// The sum of the products, added from `x` on.
     friend constexpr T dot(const TVec3d& a, const TVec3d& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
@@ -104,6 +117,7 @@ struct TVec3d
     /// rescaled.
     friend T length(const TVec3d& v) { return std::sqrt(dot(v, v)); }
 
+    /// Writes the name of the type and its components.
     template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
     friend Debug operator<<(Debug debug, const TVec3d& v)
     {
@@ -118,14 +132,20 @@ struct TVec3d
 template <typename T>
 struct TMat4d
 {
+    /// The number of elements.
     static constexpr std::size_t Size = 16;
 
+    /// The elements in storage order.
     std::array<T, Size> elements{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
     /// The element at `index`, 0 to 15, in storage order.
+    /// @{
     constexpr T& operator[](std::size_t index) { return elements[index]; }
     constexpr const T& operator[](std::size_t index) const { return elements[index]; }
+    /// @}
 
+    /// Arithmetic on each component; `==` is exact.
+    /// @{
     constexpr TMat4d& operator+=(const TMat4d& o)
     {
         for (std::size_t i = 0; i < Size; ++i) {
@@ -162,7 +182,9 @@ struct TMat4d
     friend constexpr TMat4d operator*(TMat4d m, T s) { return m *= s; }
     friend constexpr TMat4d operator*(T s, TMat4d m) { return m *= s; }
     friend constexpr TMat4d operator/(TMat4d m, T s) { return m /= s; }
+    /// @}
 
+    /// Writes the name of the type and its components.
     template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
     friend Debug operator<<(Debug debug, const TMat4d& m)
     {
@@ -179,11 +201,16 @@ struct TMat4d
 /// here: `+`, `-` and the operators with a number work on each component.
 struct quat
 {
+    /// The components, in the order in which they lie.
+    /// @{
     float x = 0;
     float y = 0;
     float z = 0;
     float w = 1;
+    /// @}
 
+    /// Arithmetic on each component; `==` is exact.
+    /// @{
     constexpr quat& operator+=(const quat& o) { return *this = *this + o; }
     constexpr quat& operator-=(const quat& o) { return *this = *this - o; }
     constexpr quat& operator*=(float s) { return *this = *this * s; }
@@ -202,7 +229,9 @@ struct quat
     friend constexpr quat operator*(const quat& q, float s) { return {q.x * s, q.y * s, q.z * s, q.w * s}; }
     friend constexpr quat operator*(float s, const quat& q) { return q * s; }
     friend constexpr quat operator/(const quat& q, float s) { return {q.x / s, q.y / s, q.z / s, q.w / s}; }
+    /// @}
 
+    /// Writes the name of the type and its components.
     template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
     friend Debug operator<<(Debug debug, const quat& q)
     {

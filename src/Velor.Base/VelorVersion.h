@@ -29,12 +29,18 @@ public:
     /// or written in other digits than 0 to 9 gives 0. No text is refused.
     VelorVersion(QString text);
 
+    /// The first, second and third part.
+    /// @{
     constexpr int getMajor() const { return mMajor; }
     constexpr int getMid() const { return mMid; }
     constexpr int getMinor() const { return mMinor; }
+    /// @}
 
+    /// Compares the first part, then the second, then the third.
+    /// @{
     friend constexpr std::strong_ordering operator<=>(const VelorVersion&, const VelorVersion&) = default;
     friend constexpr bool operator==(const VelorVersion&, const VelorVersion&) = default;
+    /// @}
 
     /// The dotted form, such as `6.1.2`, always of three parts; empty for a null version.
     QString toString() const;
@@ -44,11 +50,13 @@ public:
     /// a null version gives an empty text.
     QString toCodeString(int parts) const;
 
+    /// Whether the first part is 0.
     constexpr bool isNull() const { return mMajor == 0; }
 
     /// The version of this library.
     static VelorVersion current();
 
+    /// Fits `==`.
     friend size_t qHash(const VelorVersion& version, size_t seed = 0) noexcept
     {
         return qHashMulti(seed, version.mMajor, version.mMid, version.mMinor);

@@ -18,8 +18,10 @@ public:
     VelorXxHash();
     ~VelorXxHash();
     /// A copy goes on from the bytes that were fed to the original, apart from it.
+    /// @{
     VelorXxHash(const VelorXxHash& other);
     VelorXxHash& operator=(const VelorXxHash& other);
+    /// @}
 
     /// Feeds `size` bytes; nothing where `data` is null.
     void addBytes(const void* data, std::uint64_t size);

@@ -34,6 +34,7 @@ protected:
 class VELOR_BASE_EXPORT VelorProgressListener
 {
 public:
+    /// `done` of `total` units are done.
     virtual void onProgress(std::uint64_t done, std::uint64_t total) = 0;
 
 protected:
