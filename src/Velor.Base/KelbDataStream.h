@@ -49,18 +49,19 @@ public:
     /// `buffer` takes the text and a byte 0 behind it: it has room for `maxCount` + 1 bytes, or is null. If
     /// the line feed is one of `delimiters`, a carriage return in front of the delimiter that was found is
     /// dropped; with a null `buffer` it is counted all the same.
-    virtual std::uint64_t readDelimited(void* buffer, std::uint64_t maxCount, const std::string& delimiters);
+    VELOR_BASE_PRIVATE virtual std::uint64_t readDelimited(void* buffer, std::uint64_t maxCount,
+                                                           const std::string& delimiters);
     /// Reads up to the next line feed, which is consumed, and drops it and a carriage return in front of it.
     /// `trim` takes the white space of ASCII from both ends. A line without a line feed ends with the data;
     /// an empty result is an empty line or the end, which `eof` tells apart. What follows a byte 0 in the 127
     /// bytes that are read at a time is lost, and a line feed there is not seen.
-    virtual std::string readLine(bool trim);
+    VELOR_BASE_PRIVATE virtual std::string readLine(bool trim);
     /// Everything from the start to the end, wherever the position stood. It ends at the end of the stream or
     /// at a read that gives nothing.
-    virtual std::string readAll();
+    VELOR_BASE_PRIVATE virtual std::string readAll();
     /// Moves behind the next byte that is in `delimiters`, or a byte 0, and returns how many bytes that took,
     /// the delimiter included; without one, behind the end.
-    virtual std::uint64_t skipDelimited(const std::string& delimiters);
+    VELOR_BASE_PRIVATE virtual std::uint64_t skipDelimited(const std::string& delimiters);
 
     /// Moves the position by `offset`, backward where that is negative.
     virtual void skip(std::int32_t offset) = 0;
@@ -93,7 +94,7 @@ protected:
 
 private:
     /// The bytes that scanning reads at a time; one more for the byte 0 behind them.
-    static constexpr std::uint64_t ScratchSize = 127;
+    VELOR_BASE_PRIVATE static constexpr std::uint64_t ScratchSize = 127;
     static constexpr std::uint64_t DefaultChunk = 4096;
 
     using Scratch = char[ScratchSize + 1];
