@@ -31,14 +31,21 @@ QList<QString> foldersIn(const QDir& root)
     return names;
 }
 
-QList<FolderSurvey::File> filesIn(const QDir& root, const QList<QString>& excludes, const QFileInfo& archive)
+bool isAnyOf(const QList<QString>& names, const QFileInfo& file)
+{
+    return std::any_of(names.begin(), names.end(),
+                       [&](const QString& name) { return QFileInfo(name) == file; });
+}
+
+QList<FolderSurvey::File> filesIn(const QDir& root, const QList<QString>& excludes,
+                                  const QList<QString>& ownFiles)
 {
     QList<FolderSurvey::File> files;
     QDirIterator found(root.path(), {QStringLiteral("*.*")}, QDir::Files, Walk);
     while (found.hasNext()) {
         const QString name = root.relativeFilePath(found.next());
         const QFileInfo info = found.fileInfo();
-        if (!isExcluded(name, excludes) && info != archive) {
+        if (!isExcluded(name, excludes) && !isAnyOf(ownFiles, info)) {
             files.append({name, info.size(), info.lastModified()});
         }
     }
@@ -149,13 +156,14 @@ void requireDistinctNames(const QList<FolderSurvey::File>& files)
 
 } // namespace
 
-FolderSurvey FolderSurvey::of(const QString& folder, const QList<QString>& excludes, const QString& archive)
+FolderSurvey FolderSurvey::of(const QString& folder, const QList<QString>& excludes,
+                              const QList<QString>& ownFiles)
 {
     const QDir root(QDir(folder).absolutePath());
     FolderSurvey survey;
     survey.leftOut = LeftOutWalk(root, excludes).leftOut;
     survey.folders = foldersIn(root);
-    survey.files = filesIn(root, excludes, QFileInfo(archive));
+    survey.files = filesIn(root, excludes, ownFiles);
     requireDistinctNames(survey.files);
     return survey;
 }

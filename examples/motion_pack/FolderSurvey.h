@@ -22,9 +22,10 @@ struct FolderSurvey
         bool isWanted = false; ///< by an exclusion pattern of the user
     };
 
-    /// Looks at `folder`, where an older `archive` does not count. Raises Failure if some part of it cannot
-    /// be read, or if two of its files would have one name in the archive.
-    static FolderSurvey of(const QString& folder, const QList<QString>& excludes, const QString& archive);
+    /// Looks at `folder`, where `ownFiles`, if they are there from an earlier time, do not count. Raises
+    /// Failure if some part of it cannot be read, or if two of its files would have one name in the archive.
+    static FolderSurvey of(const QString& folder, const QList<QString>& excludes,
+                           const QList<QString>& ownFiles);
 
     qint64 bytes() const;
 

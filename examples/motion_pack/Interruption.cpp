@@ -16,6 +16,9 @@ void awaitInterruption()
 {
     std::signal(SIGINT, remember);
     std::signal(SIGTERM, remember);
+#if defined(SIGPIPE) // Windows has none: a reader of our output that goes away must not end the packing.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
 }
 
 void endIfInterrupted()

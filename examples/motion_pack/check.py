@@ -90,10 +90,26 @@ class GoodFolders(Place):
 
     def test_own_output_inside_the_folder_is_not_packed_a_second_time_over(self):
         self.put("a.txt")
-        for _ in range(2):
+        for _ in range(2):  # the second time, the archive and its manifest are there
             _, files = self.pack("--log-dir", self.out, archive=self.folder / "own.zip")
             self.assertEqual(files, 1)
         self.pack("--log-dir", self.folder)
+
+    def test_old_logs_go_without_a_word_on_the_console(self):
+        self.put("a.txt")
+        old = self.out / "motion_pack_2020-01-31_12-00-00.log"
+        old.write_text("old")
+        self.assertEqual(self.pack("--quiet")[0], "")
+        self.assertFalse(old.exists())
+        self.assertIn("Deleted log file: " + old.name, self.log_text())
+
+    def test_reader_that_goes_away_does_not_end_the_packing(self):
+        self.put("a.txt")
+        process = start(self.folder, self.archive)
+        process.stdout.close()
+        self.assertEqual(process.wait(60), 0)
+        process.stderr.close()
+        self.assertEqual(verify.verify(str(self.folder), str(self.archive)), 1)
 
     def test_stored_extensions_and_quiet(self):
         self.put("a.txt", b"x" * 5000)

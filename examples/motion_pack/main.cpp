@@ -3,9 +3,9 @@
 #include "FolderSurvey.h"
 #include "Interruption.h"
 #include "Manifest.h"
+#include "PackLog.h"
 #include "PackProgress.h"
 
-#include <Velor.Base/VelorLog.h>
 #include <Velor.Base/VelorZipStream.h>
 
 #include <QtCore/QCoreApplication>
@@ -25,19 +25,6 @@ namespace {
 
 constexpr int ExitFailure = 1;
 constexpr int ExitUsage = 2;
-
-void log(VelorLog::Level level, const QString& text)
-{
-    VelorLogManager::getSingleton().stream(level, true) << text.toStdString();
-}
-
-/// Qt's own messages belong in the log; standard error has the program's one line.
-void logQtMessage(QtMsgType, const QMessageLogContext&, const QString& text)
-{
-    if (VelorLogManager::getSingleton().getDefaultLog() != nullptr) {
-        log(VelorLog::Debug0, text);
-    }
-}
 
 void requireFolder(const QString& name)
 {
@@ -65,15 +52,6 @@ void requirePlaceForArchive(const QString& name)
         throw Failure(QStringLiteral("the archive cannot be created: the folder %1 is not writable")
                           .arg(quoted(archive.path())));
     }
-}
-
-/// Returns the log's path.
-QString startLog(const QString& folder)
-{
-    if (!VelorLogManager::setupDefaultLog("motion_pack", folder.toStdString())) {
-        throw Failure(QStringLiteral("no log can be written in %1").arg(quoted(folder)));
-    }
-    return QString::fromStdString(VelorLogManager::getSingleton().getDefaultLog()->getName());
 }
 
 void logSurvey(const FolderSurvey& survey)
@@ -151,6 +129,7 @@ void pack(const CommandLine& wanted, const FolderSurvey& survey)
     if (!zip->isOpen()) {
         throw Failure(QStringLiteral("the archive %1 cannot be created").arg(quoted(wanted.archive)));
     }
+    QFile::remove(wanted.manifest()); // That of an older archive is wrong from now on.
     for (const QString& extension : wanted.storeExtensions) {
         zip->addUncompressedExtension(extension);
     }
@@ -193,11 +172,11 @@ void run(CommandLine wanted)
     const QString logPath = startLog(wanted.logFolder);
     log(VelorLog::Info,
         QStringLiteral("packing %1 into %2").arg(quoted(wanted.folder), quoted(wanted.archive)));
-    // The log grows while it is read, and an older manifest is wrong from now on: both may lie in the folder.
+    // It may lie in the folder, and would grow while it is packed.
     wanted.excludes.append(QFileInfo(logPath).fileName());
-    QFile::remove(wanted.manifest());
 
-    const FolderSurvey survey = FolderSurvey::of(wanted.folder, wanted.excludes, wanted.archive);
+    const FolderSurvey survey =
+        FolderSurvey::of(wanted.folder, wanted.excludes, {wanted.archive, wanted.manifest()});
     logSurvey(survey);
     if (survey.files.isEmpty()) {
         throw Failure(QStringLiteral("the folder %1 holds no file to pack").arg(quoted(wanted.folder)));
@@ -211,9 +190,7 @@ void run(CommandLine wanted)
 int fail(const std::exception& error, int exitCode)
 {
     std::fprintf(stderr, "motion_pack: %s\n", error.what());
-    if (VelorLogManager::getSingleton().getDefaultLog() != nullptr) {
-        VelorLogManager::getSingleton().logError(error.what(), true);
-    }
+    log(VelorLog::Error, QString::fromUtf8(error.what()));
     return exitCode;
 }
 
@@ -221,7 +198,7 @@ int fail(const std::exception& error, int exitCode)
 
 int main(int argc, char* argv[])
 {
-    qInstallMessageHandler(logQtMessage);
+    logQtMessages();
     const QCoreApplication application(argc, argv);
     try {
         const CommandLine wanted = CommandLine::parse(QCoreApplication::arguments());

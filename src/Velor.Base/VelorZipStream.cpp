@@ -96,6 +96,14 @@ int shareOf(int scale, qsizetype count, qsizetype total)
 
 } // namespace
 
+VelorPercentListener::VelorPercentListener() = default;
+VelorPercentListener::VelorPercentListener(const VelorPercentListener&) = default;
+VelorPercentListener& VelorPercentListener::operator=(const VelorPercentListener&) = default;
+
+VelorProgressListener::VelorProgressListener() = default;
+VelorProgressListener::VelorProgressListener(const VelorProgressListener&) = default;
+VelorProgressListener& VelorProgressListener::operator=(const VelorProgressListener&) = default;
+
 VelorZipStream::VelorZipStream(const QString& path)
     : mPath(path)
     , mOut(std::make_unique<BufferedFile<std::ofstream>>(path, std::ios::out | std::ios::binary))

@@ -21,6 +21,10 @@ class Compress;
 class VELOR_BASE_EXPORT VelorPercentListener
 {
 public:
+    VelorPercentListener();
+    VelorPercentListener(const VelorPercentListener&);
+    VelorPercentListener& operator=(const VelorPercentListener&);
+
     /// Called after each file, on the thread that packs. `percent` is a share of the scale that was asked
     /// for.
     virtual void onPercent(int percent) = 0;
@@ -34,6 +38,10 @@ protected:
 class VELOR_BASE_EXPORT VelorProgressListener
 {
 public:
+    VelorProgressListener();
+    VelorProgressListener(const VelorProgressListener&);
+    VelorProgressListener& operator=(const VelorProgressListener&);
+
     /// `done` of `total` units are done.
     virtual void onProgress(std::uint64_t done, std::uint64_t total) = 0;
 
