@@ -8,6 +8,8 @@
 #include <QtCore/QStringEncoder>
 #include <QtXml/QDomDocument>
 
+#include <tuple>
+
 namespace {
 
 using namespace Qt::StringLiterals;

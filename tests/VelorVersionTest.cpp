@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QStringList>
+
+#include <tuple>
+
 namespace {
 
 using namespace Qt::StringLiterals;
