@@ -25,7 +25,8 @@ function(velor_add_doc_examples page)
         target_link_libraries(${program} PRIVATE Velor2::Base)
         # As a reader would build it, without the stricter rules that this project has for its own code.
         target_compile_options(${program} PRIVATE -Wall -Wextra)
-        add_test(NAME ${program} COMMAND ${CMAKE_COMMAND} -D PROGRAM=$<TARGET_FILE:${program}>
+        add_test(NAME ${program} COMMAND ${CMAKE_COMMAND}
+            -D "PROGRAM=${CMAKE_CROSSCOMPILING_EMULATOR};$<TARGET_FILE:${program}>"
             -D FOLDER=${CMAKE_CURRENT_BINARY_DIR}/${program}.run -P ${PROJECT_SOURCE_DIR}/cmake/RunInEmptyFolder.cmake)
         set_tests_properties(${program} PROPERTIES TIMEOUT 60 ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
     endforeach()

@@ -21,6 +21,7 @@ std::filesystem::path streamPath(const std::basic_string<WCHAR>& path) { return 
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
