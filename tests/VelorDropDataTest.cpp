@@ -5,6 +5,7 @@
 #include <QtCore/QVariant>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QImage>
+#include <QtGui/QPixmap>
 
 #include <gtest/gtest.h>
 
