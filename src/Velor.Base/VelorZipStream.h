@@ -58,9 +58,9 @@ protected:
 /// instead and leaves the archive good.
 ///
 /// The names of entries separate their folders by `/` and by `\` alike on every system. They are stored in
-/// UTF-8, with the moment of adding as their time. All records are in ZIP64 form, so that neither the number
-/// of entries nor their size has a limit that a disk would not reach first. A name that is added twice stands
-/// in the archive once, with the content that came first.
+/// UTF-8, with the moment of adding as their time. ZIP64 records are written, so that neither the number of
+/// entries nor their size has a limit that a disk would not reach first. A name that is added twice stands in
+/// the archive once, with the content that came first.
 ///
 /// One thread at a time. The input is streamed: memory does not grow with the size of the files.
 class VELOR_BASE_EXPORT VelorZipStream
