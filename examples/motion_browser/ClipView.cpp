@@ -117,7 +117,7 @@ void ClipView::dropEvent(QDropEvent* event)
 {
     setDropHighlighted(false);
     // QListView would move rows within one list by itself; here a move is a drop like any other.
-    QAbstractItemView::dropEvent(event);
+    QAbstractItemView::dropEvent(event); // NOLINT(bugprone-parent-virtual-call)
 }
 
 void ClipView::setDropHighlighted(bool highlighted)

@@ -31,6 +31,7 @@ LogPane::LogPane(VelorLog* log, QWidget* parent)
     setTabChangesFocus(true);
     setMaximumBlockCount(KeptLines);
     setLineWrapMode(NoWrap);
+    connect(this, &LogPane::logged, this, &LogPane::append, Qt::QueuedConnection);
     mLog->addListener(this);
 }
 
@@ -38,9 +39,7 @@ LogPane::~LogPane() { mLog->removeListener(this); }
 
 void LogPane::onLogMessage(const std::string& message, VelorLog::Level level, bool, const std::string&, bool&)
 {
-    QMetaObject::invokeMethod(
-        this, [this, text = QString::fromStdString(message), level] { append(text, level); },
-        Qt::QueuedConnection);
+    Q_EMIT logged(QString::fromStdString(message), level);
 }
 
 void LogPane::append(const QString& message, VelorLog::Level level)

@@ -14,8 +14,13 @@ public:
     explicit LogPane(VelorLog* log, QWidget* parent = nullptr);
     ~LogPane() override;
 
+Q_SIGNALS:
+    /// Comes on the thread that logs.
+    void logged(const QString& message, VelorLog::Level level);
+
 private:
-    /// Called on the thread that logs, under the log's lock: hands the message over to the GUI's thread.
+    /// Called on the thread that logs, under the log's lock: the queued signal takes the message over to the
+    /// thread of the GUI.
     void onLogMessage(const std::string& message, VelorLog::Level level, bool skipConsole,
                       const std::string& logName, bool& skipOutput) override;
     void append(const QString& message, VelorLog::Level level);
