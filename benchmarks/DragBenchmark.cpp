@@ -1,8 +1,10 @@
 #include <Velor.Base/VelorDropData.h>
 
+#include <QtCore/QDataStream>
 #include <QtCore/QIODevice>
 #include <QtCore/QVariant>
 #include <QtGui/QGuiApplication>
+#include <QtGui/QPixmap>
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,6 @@
 #include <Velor.Base/VelorDropData.h>
 
+#include <QtCore/QDataStream>
 #include <QtCore/QIODevice>
 
 #include <cstdint>

@@ -1,6 +1,7 @@
 #include <Velor.Base/VelorDropData.h>
 
 #include <QtCore/QBuffer>
+#include <QtCore/QDataStream>
 #include <QtCore/QMimeData>
 #include <QtCore/QVariant>
 #include <QtGui/QGuiApplication>
