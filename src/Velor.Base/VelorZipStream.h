@@ -22,8 +22,11 @@ class VELOR_BASE_EXPORT VelorPercentListener
 {
 public:
     VelorPercentListener();
+    /// There is no state to copy.
+    /// @{
     VelorPercentListener(const VelorPercentListener&);
     VelorPercentListener& operator=(const VelorPercentListener&);
+    /// @}
 
     /// Called after each file, on the thread that packs. `percent` is a share of the scale that was asked
     /// for.
@@ -39,8 +42,11 @@ class VELOR_BASE_EXPORT VelorProgressListener
 {
 public:
     VelorProgressListener();
+    /// There is no state to copy.
+    /// @{
     VelorProgressListener(const VelorProgressListener&);
     VelorProgressListener& operator=(const VelorProgressListener&);
+    /// @}
 
     /// `done` of `total` units are done.
     virtual void onProgress(std::uint64_t done, std::uint64_t total) = 0;
