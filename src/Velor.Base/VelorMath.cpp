@@ -277,9 +277,9 @@ QList<VelorCurveKnot> VelorMath::turningCurve(TVec2d<float> start, TVec2d<float>
     return knots;
 }
 
-void VelorMath::plotCurve(QString path)
+void VelorMath::plotCurve(const QString& path)
 {
-    QFile file(std::move(path));
+    QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
         return;
     }

@@ -144,5 +144,5 @@ public:
     /// Writes `easeInEaseOut` with exponent 2 into a text file for plotting: 101 lines of `t` and the value,
     /// a blank between them, as decimal numbers of up to 6 digits. Does nothing, and says nothing, when the
     /// file cannot be opened for writing.
-    static void plotCurve(QString path);
+    static void plotCurve(const QString& path);
 };
