@@ -4,7 +4,9 @@
 #include <QtCore/QFile>
 #include <QtCore/QMutexLocker>
 #include <QtCore/QTextStream>
+
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -78,7 +80,7 @@ QSharedPointer<VelorDebugTraceNode> VelorDebugTrace::getBaseNode(const QString& 
     if (found != mBaseNodes.end()) {
         return found->second;
     }
-    const auto node = QSharedPointer<VelorDebugTraceNode>::create(name, description);
+    auto node = QSharedPointer<VelorDebugTraceNode>::create(name, description);
     mBaseNodes.append({name, node});
     return node;
 }
@@ -140,7 +142,7 @@ QSharedPointer<VelorDebugTraceNode> VelorDebugTraceNode::getChild(const QString&
     return mChildren.value(name);
 }
 
-void VelorDebugTraceNode::addChild(QSharedPointer<VelorDebugTraceNode> child)
+void VelorDebugTraceNode::addChild(const QSharedPointer<VelorDebugTraceNode>& child)
 {
     if (!mDebugEnabled) {
         return;
@@ -157,7 +159,7 @@ QSharedPointer<VelorDebugTraceNode> VelorDebugTraceNode::addGroup(const QString&
     return group;
 }
 
-void VelorDebugTraceNode::setParent(QSharedPointer<VelorDebugTraceNode> parent)
+void VelorDebugTraceNode::setParent(const QSharedPointer<VelorDebugTraceNode>& parent)
 {
     parent->addChild(sharedFromThis());
 }

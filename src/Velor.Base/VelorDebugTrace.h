@@ -10,6 +10,7 @@
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 #include <QtXml/QDomDocument>
+
 #include <utility>
 
 class VelorDebugTraceNode;
@@ -110,14 +111,14 @@ public:
     /// Takes `child`, which must not be null, and becomes its parent; a disabled node does nothing instead.
     /// A child of the same name is replaced, and keeps this node for its parent. The former parent of `child`
     /// goes on listing it. A node that no `QSharedPointer` owns takes children too, but their parent is null.
-    void addChild(QSharedPointer<VelorDebugTraceNode> child);
+    void addChild(const QSharedPointer<VelorDebugTraceNode>& child);
 
     /// Adds a new group node, replacing a child of the same name, and returns it. When this node is disabled,
     /// the group that is returned is a tree of its own.
     QSharedPointer<VelorDebugTraceNode> addGroup(const QString& name, const QString& description);
 
     /// Has `parent`, which must not be null, add this node, which a `QSharedPointer` must own.
-    void setParent(QSharedPointer<VelorDebugTraceNode> parent);
+    void setParent(const QSharedPointer<VelorDebugTraceNode>& parent);
 
     /// Whether this node and all nodes below it take children from now on; nothing else depends on it. A node
     /// starts enabled, whatever its parent is when it comes.
