@@ -17,16 +17,17 @@ QString fileName(const QString& path)
 
 bool VelorWildcard::check(const QString& path, const QString& pattern, Qt::CaseSensitivity sensitivity)
 {
-    return check(fileName(path), QList<QString>{pattern}, sensitivity);
+    return check(path, QList<QString>{pattern}, sensitivity);
 }
 
 bool VelorWildcard::check(const QString& path, const QList<QString>& patterns,
                           Qt::CaseSensitivity sensitivity)
 {
+    const QString name = fileName(path);
     for (const QString& pattern : patterns) {
         const auto expression = QRegularExpression::fromWildcard(
             pattern, sensitivity, QRegularExpression::DefaultWildcardConversion);
-        if (expression.match(fileName(path)).hasMatch()) {
+        if (expression.match(name).hasMatch()) {
             return true;
         }
     }
