@@ -56,23 +56,22 @@ void writeLine(std::ostream& out, const std::string& line)
     out.flush();
 }
 
-bool isWritable(const QString& directory, QTemporaryFile& probe)
+/// The form of the base names of the log files of `prefix`. It does not tell where the name begins.
+QRegularExpression logFileForm(const QString& prefix)
 {
-    probe.setFileTemplate(directory + QStringLiteral("/XXXXXX"));
-    return probe.open();
+    return QRegularExpression(QStringLiteral("%1_(\\d{4})-(\\d{2})-(\\d{2})_(\\d{2})-(\\d{2})-(\\d{2})$")
+                                  .arg(QRegularExpression::escape(prefix)));
 }
 
-/// The moment in the name of a log file of `prefix`; invalid for a name of any other form.
-QDateTime logFileTime(const QFileInfo& file, const QString& prefix)
+/// The moment that follows a prefix of `prefixSize` and its underscore; invalid for a name of another form.
+QDateTime logFileTime(const QFileInfo& file, const QRegularExpression& form, qsizetype prefixSize)
 {
-    static const QString Form = QStringLiteral("%1_(\\d{4})-(\\d{2})-(\\d{2})_(\\d{2})-(\\d{2})-(\\d{2})$");
     const QString baseName = file.baseName();
-    const QRegularExpression expression(Form.arg(QRegularExpression::escape(prefix)));
     // A further suffix, as in "name_time.backup.log", makes it somebody else's file.
-    if (!expression.match(baseName).hasMatch() || file.fileName() != baseName + LogFileSuffix) {
+    if (!form.match(baseName).hasMatch() || file.fileName() != baseName + LogFileSuffix) {
         return {};
     }
-    return QDateTime::fromString(baseName.mid(prefix.size() + 1), TimeStampFormat);
+    return QDateTime::fromString(baseName.mid(prefixSize + 1), TimeStampFormat);
 }
 
 void deleteLogFile(const QFileInfo& file)
@@ -328,6 +327,7 @@ VelorLogManager& VelorLogManager::getSingleton()
 
 VelorLogManager::~VelorLogManager()
 {
+    // In the order of their names, which the map's own destructor leaves open.
     while (!mLogsByName.empty()) {
         mLogsByName.erase(mLogsByName.begin());
     }
@@ -445,8 +445,8 @@ bool VelorLogManager::setupDefaultLog(const std::string& name, const std::string
     if (!QDir().mkpath(folder)) {
         return false;
     }
-    QTemporaryFile probe;
-    if (!isWritable(folder, probe)) {
+    QTemporaryFile probe(folder + QStringLiteral("/XXXXXX"));
+    if (!probe.open()) {
         QMessageLogger(nullptr, 0, Q_FUNC_INFO).warning() << "Failed to create writable path: " << folder;
         return false;
     }
@@ -488,9 +488,10 @@ void VelorLogManager::deleteOldLogFiles(const std::string& name, const std::stri
     const QString prefix = QString::fromStdString(name);
     const QDir folder(QString::fromStdString(directory));
     const QStringList filter{QStringLiteral("*%1").arg(LogFileSuffix)};
+    const QRegularExpression form = logFileForm(prefix);
     const QFileInfoList files = folder.entryInfoList(filter, QDir::Files, QDir::NoSort);
     for (const QFileInfo& file : files) {
-        const QDateTime time = logFileTime(file, prefix);
+        const QDateTime time = logFileTime(file, form, prefix.size());
         if (time.isValid() && time.secsTo(now) >= RetentionSeconds) {
             deleteLogFile(file);
         }
