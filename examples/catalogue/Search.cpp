@@ -77,7 +77,8 @@ bool writeTrace(const QString& path, const QList<Hit>& hits, const Query& query)
         // Children are sorted by name: a number of fixed width keeps the order of the hits.
         const QString name = QStringLiteral("%1 %2").arg(++rank, 6, 10, QLatin1Char('0')).arg(hit.item.name);
         const auto group = root->addGroup(
-            name, QStringLiteral("%1, matches: %2").arg(hit.item.category).arg(hit.matches.size()));
+            name,
+            QStringLiteral("%1, matches: %2").arg(hit.item.category, QString::number(hit.matches.size())));
         for (const QString& tag : hit.item.tags.getTags()) {
             traceTag(*group, tag, query);
         }

@@ -4,6 +4,8 @@
 
 #include <Velor.Base/KelbSynonyms.h>
 
+#include <optional>
+
 /// What is asked of a catalogue.
 struct Query
 {

@@ -109,6 +109,14 @@ class Catalogue(unittest.TestCase):
             [("man", "left out: gender"), ("salsa = salsa", "equal")])
         self.assertEqual(root[0][0].get("name"), "run ~ sprint")
 
+    def test_the_trace_takes_names_as_they_are(self):
+        with tempfile.TemporaryDirectory() as folder:
+            items, why = (pathlib.Path(folder, name) for name in ("items.xml", "why.xml"))
+            items.write_text('<Catalogue><Category name="%2%1"><Item name="%1" tags="a"/></Category></Catalogue>')
+            run(str(items), "--trace", str(why), "a")
+            hit = ElementTree.parse(why).getroot()[0]
+        self.assertEqual((hit.get("name"), hit.get("description")), ("000001 %1", "%2%1, matches: 1"))
+
     def test_the_sample_is_a_catalogue_worth_searching(self):
         root = ElementTree.parse(ITEMS).getroot()
         names = [item.get("name") for item in root.iter("Item")]
