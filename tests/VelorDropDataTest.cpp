@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <tuple>
 #include <utility>
 
 // Both macros must stand outside of any namespace.
@@ -20,76 +21,63 @@ static void removePlusResource() { Q_CLEANUP_RESOURCE(DragPlus); }
 
 namespace {
 
-using Item = VelorDropData::Item;
-using Items = QList<Item>;
-
 const QString Walk = QStringLiteral("walk \u00e4");
 const QString Empty = QStringLiteral("");
+const QString Format = QStringLiteral("application/x-velordropdata");
 
 // Packed by Python's struct module from the table in the header.
-const char FrozenHex[] = "00000003 00000003"
-                         "0000000a 00 0000000c 00770061006c006b002000e4 0000000c 00 00000003 00ff10"
-                         "0000000a 00 00000000                          0000000c 00 00000000"
-                         "0000000a 00 0000000c 00770061006c006b002000e4 0000000c 00 00000001 78";
+const QByteArray Frozen =
+    QByteArray::fromHex("00000003 00000003"
+                        "0000000a 00 0000000c 00770061006c006b002000e4 0000000c 00 00000003 00ff10"
+                        "0000000a 00 00000000                          0000000c 00 00000000"
+                        "0000000a 00 0000000c 00770061006c006b002000e4 0000000c 00 00000001 78");
+const VelorDropData FrozenPayload({{Walk, QByteArray("\0\xff\x10", 3)}, {Empty, QByteArray("")}, {Walk, "x"}},
+                                  VelorDropData::Category);
 
-VelorDropData frozenPayload()
-{
-    return {{{Walk, QByteArray("\0\xff\x10", 3)}, {Empty, QByteArray("")}, {Walk, "x"}},
-            VelorDropData::Category};
-}
-
-QByteArray written(const VelorDropData& payload)
+QByteArray written(const VelorDropData& payload, QDataStream::ByteOrder order = QDataStream::BigEndian)
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(order);
     stream << payload;
     return bytes;
+}
+
+VelorDropData readFrom(QDataStream& stream, VelorDropData payload = {})
+{
+    stream >> payload;
+    return payload;
 }
 
 QString told(const VelorDropData& payload)
 {
     QString text = QString::number(payload.getType());
-    for (const Item& item : payload.getItems()) {
+    for (const VelorDropData::Item& item : payload.getItems()) {
         text += QStringLiteral("|%1=%2").arg(item.name, QString::fromLatin1(item.data));
     }
     return text;
 }
 
-TEST(VelorDropData, BytesAreThoseOfTheFormat)
+TEST(VelorDropData, BytesAreThoseOfTheFormatInTheStreamsOrder)
 {
-    EXPECT_EQ(written(frozenPayload()), QByteArray::fromHex(FrozenHex));
     EXPECT_EQ(written({}), QByteArray(8, '\0'));
-}
-
-TEST(VelorDropData, ReadsItsFormatAndLeavesWhatFollows)
-{
-    QDataStream stream(QByteArray::fromHex(FrozenHex) + "rest");
-    VelorDropData payload;
-    stream >> payload;
-    EXPECT_EQ(told(payload), told(frozenPayload()));
-    EXPECT_EQ(payload.getItemNames(), (QList<QString>{Walk, Empty, Walk}));
-    EXPECT_EQ(stream.device()->readAll(), "rest");
+    EXPECT_EQ(written(FrozenPayload), Frozen);
+    const QByteArray little = written(FrozenPayload, QDataStream::LittleEndian);
+    EXPECT_EQ(little.first(17).toHex(), "03000000030000000a000000000c000000");
+    for (const auto order : {QDataStream::BigEndian, QDataStream::LittleEndian}) {
+        QDataStream stream((order == QDataStream::BigEndian ? Frozen : little) + "rest");
+        stream.setByteOrder(order);
+        EXPECT_EQ(told(readFrom(stream)), told(FrozenPayload));
+        EXPECT_EQ(stream.device()->readAll(), "rest");
+    }
+    EXPECT_EQ(FrozenPayload.getItemNames(), (QList<QString>{Walk, Empty, Walk}));
 }
 
 TEST(VelorDropData, ReadingAddsItemsAndReplacesTheType)
 {
-    VelorDropData payload({{QStringLiteral("old"), "1"}}, VelorDropData::Clip);
     QDataStream stream(QByteArray::fromHex("00000001 fffffff9 0000000a00000000020061 0000000c00ffffffff"));
-    stream >> payload;
-    EXPECT_EQ(told(payload), QStringLiteral("-7|old=1|a="));
-}
-
-TEST(VelorDropData, FollowsTheByteOrderOfTheStream)
-{
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setByteOrder(QDataStream::LittleEndian);
-    out << frozenPayload();
-    QDataStream in(bytes);
-    in.setByteOrder(QDataStream::LittleEndian);
-    VelorDropData payload;
-    in >> payload;
-    EXPECT_EQ(told(payload), told(frozenPayload()));
+    const VelorDropData old({{QStringLiteral("old"), "1"}}, VelorDropData::Clip);
+    EXPECT_EQ(told(readFrom(stream, old)), QStringLiteral("-7|old=1|a="));
 }
 
 TEST(VelorDropData, ALargePayloadReadsWhole)
@@ -99,51 +87,15 @@ TEST(VelorDropData, ALargePayloadReadsWhole)
         payload.addItem({QString::number(i), QByteArray::number(i)});
     }
     QDataStream stream(written(payload));
-    VelorDropData read;
-    stream >> read;
+    EXPECT_EQ(told(readFrom(stream)), told(payload));
     EXPECT_EQ(stream.status(), QDataStream::Ok);
-    EXPECT_EQ(told(read), told(payload));
 }
 
-struct ForeignRow
-{
-    const char* fault;
-    const char* hex;
-    const char* payload;
-    QDataStream::Status status;
-};
-
-const ForeignRow ForeignRows[] = {
-    {"nothing", "", "0", QDataStream::ReadPastEnd},
-    {"type cut off", "00000001 0000", "0", QDataStream::ReadPastEnd},
-    {"negative count", "ffffffff 00000002 0000000a", "2", QDataStream::Ok},
-    {"numbers not converted", "00000001 00000002 00000002 00 0000002a 00000001 00 01", "2|42=true",
-     QDataStream::Ok},
-    {"texts not converted", "00000001 00000002 0000000c 00 00000001 61 0000000a 00 00000002 0062", "2|a=b",
-     QDataStream::Ok},
-    {"variants without value", "00000001 00000002 00000000 01 00000000 01", "2|=", QDataStream::Ok},
-    {"count beyond the bytes", "7fffffff 00000003 0000000a 00 00000002 0061 0000000c 00 00000001 78", "3|a=x",
-     QDataStream::ReadPastEnd},
-    {"half an item kept", "00000002 00000003 0000000a 00 00000002 0061 0000000c 00 00000001", "3",
-     QDataStream::ReadPastEnd},
-    {"length beyond the bytes", "00000001 00000002 0000000a 00 7ffffffe 0061", "2", QDataStream::ReadPastEnd},
-    {"list that announces gigabytes", "00000001 00000002 0000000b 00 7fffffff", "2",
-     QDataStream::ReadCorruptData},
-    {"map", "00000001 00000002 00000008 00 00000000", "2", QDataStream::ReadCorruptData},
-    {"user type", "00000001 00000002 00010000 00 00000004 466f6f00", "2", QDataStream::ReadCorruptData},
-    {"unknown type", "00000001 00000002 deadbeef 00", "2", QDataStream::ReadCorruptData},
-    {"foreign data behind a name", "00000001 00000002 0000000a 00 00000002 0061 00000009 00 00000000", "2",
-     QDataStream::ReadCorruptData},
-};
-
 /// Tells the largest read that was asked of it, which a stream makes after it has reserved as much.
-class WatchedBuffer : public QBuffer
+struct WatchedBuffer : QBuffer
 {
-public:
     using QBuffer::QBuffer;
     qint64 largestRead = 0;
-
-protected:
     qint64 readData(char* data, qint64 size) override
     {
         largestRead = std::max(largestRead, size);
@@ -151,37 +103,47 @@ protected:
     }
 };
 
-TEST(VelorDropData, ForeignBytesEndAtTheFirstErrorAndTakeNoMemory)
+TEST(VelorDropData, ForeignBytesEndAtTheFirstErrorAndTakeNeitherMemoryNorStack)
 {
-    for (const ForeignRow& row : ForeignRows) {
-        SCOPED_TRACE(row.fault);
-        QByteArray bytes = QByteArray::fromHex(row.hex);
+    constexpr auto Ok = QDataStream::Ok, Short = QDataStream::ReadPastEnd, Bad = QDataStream::ReadCorruptData;
+    const QByteArray one = "00000001 00000002", name = "0000000a 00 00000002 0061";
+    const QByteArray data = "0000000c 00 00000001 78";
+    using Row = std::tuple<const char*, QByteArray, const char*, QDataStream::Status>;
+    const Row rows[] = {
+        {"nothing", "", "0", Short},
+        {"type cut off", "00000001 0000", "0", Short},
+        {"negative count", "ffffffff 00000002 0000000a", "2", Ok},
+        {"numbers not converted", one + "00000002 00 0000002a 00000001 00 01", "2|42=true", Ok},
+        {"texts not converted", one + data + name, "2|x=a", Ok},
+        {"variants without value", one + "00000000 01 00000000 01", "2|=", Ok},
+        {"count beyond the bytes", "7fffffff 00000003" + name + data, "3|a=x", Short},
+        {"half an item kept", "00000002 00000003" + name + data.chopped(2), "3", Short},
+        {"length beyond the bytes", one + "0000000a 00 7ffffffe 0061", "2", Short},
+        {"list that announces gigabytes", one + "0000000b 00 7fffffff", "2", Bad},
+        {"map", one + "00000008 00 00000000", "2", Bad},
+        {"user type", one + "00010000 00 00000004 466f6f00", "2", Bad},
+        {"unknown type", one + "deadbeef 00", "2", Bad},
+        {"foreign data behind a name", one + name + "00000009 00 00000000", "2", Bad},
+        {"lists as deep as the stack", one + QByteArray("00000009 00 00000001").repeated(100'000), "2", Bad},
+    };
+    for (const auto& [fault, hex, payload, status] : rows) {
+        SCOPED_TRACE(fault);
+        QByteArray bytes = QByteArray::fromHex(hex);
         WatchedBuffer device(&bytes);
         device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
         QDataStream stream(&device);
-        VelorDropData payload;
-        stream >> payload;
-        EXPECT_EQ(told(payload), QString::fromLatin1(row.payload));
-        EXPECT_EQ(stream.status(), row.status);
+        EXPECT_EQ(told(readFrom(stream)), QString::fromLatin1(payload));
+        EXPECT_EQ(stream.status(), status);
         EXPECT_LE(device.largestRead, 32);
     }
 }
 
-TEST(VelorDropData, DeepNestingDoesNotTakeTheStack)
-{
-    const QByteArray level = QByteArray::fromHex("00000009 00 00000001");
-    QDataStream stream(QByteArray::fromHex("00000001 00000002") + level.repeated(1'000'000));
-    VelorDropData payload;
-    stream >> payload;
-    EXPECT_EQ(stream.status(), QDataStream::ReadCorruptData);
-}
-
 TEST(VelorDropData, MimeDataHoldsThePayloadAndNothingElse)
 {
-    const std::unique_ptr<QMimeData> mimeData(frozenPayload().getMimeData());
-    EXPECT_EQ(mimeData->formats(), QStringList{QStringLiteral("application/x-velordropdata")});
-    EXPECT_EQ(mimeData->data(QStringLiteral("application/x-velordropdata")), QByteArray::fromHex(FrozenHex));
-    EXPECT_EQ(told(VelorDropData(mimeData.get())), told(frozenPayload()));
+    const std::unique_ptr<QMimeData> mimeData(FrozenPayload.getMimeData());
+    EXPECT_EQ(mimeData->formats(), QStringList{Format});
+    EXPECT_EQ(mimeData->data(Format), Frozen);
+    EXPECT_EQ(told(VelorDropData(mimeData.get())), told(FrozenPayload));
 
     QMimeData foreign;
     foreign.setText(QStringLiteral("text"));
@@ -198,13 +160,13 @@ TEST(VelorDropData, OnlyTwoTypesAreClipsOrCategories)
 
 TEST(VelorDropData, MovedFromHasNoItemsAndKeepsItsType)
 {
-    VelorDropData source = frozenPayload();
+    VelorDropData source = FrozenPayload;
     VelorDropData target = std::move(source);
     EXPECT_EQ(told(source), QStringLiteral("3")); // NOLINT(bugprone-use-after-move)
     source.addItem({QStringLiteral("new"), "1"});
     source = std::move(target);
     EXPECT_EQ(told(target), QStringLiteral("3")); // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(told(source), told(frozenPayload()));
+    EXPECT_EQ(told(source), told(FrozenPayload));
 }
 
 TEST(VelorDropData, MetaTypeHasTwoNamesAndStreamsButDoesNotCompare)
@@ -213,17 +175,17 @@ TEST(VelorDropData, MetaTypeHasTwoNamesAndStreamsButDoesNotCompare)
     const QMetaType type = QMetaType::fromType<VelorDropData>();
     EXPECT_STREQ(type.name(), "VelorDropData");
     EXPECT_EQ(QMetaType::fromName("VelorDropData"), type);
-    EXPECT_EQ(QMetaType::fromName("application/x-velordropdata"), type);
+    EXPECT_EQ(QMetaType::fromName(Format.toLatin1()), type);
     EXPECT_FALSE(type.isEqualityComparable() || type.isOrdered() || type.hasRegisteredDebugStreamOperator());
 
     QByteArray bytes;
     QDataStream out(&bytes, QIODevice::WriteOnly);
-    ASSERT_TRUE(type.save(out, QVariant::fromValue(frozenPayload()).constData()));
-    EXPECT_EQ(bytes, QByteArray::fromHex(FrozenHex));
+    ASSERT_TRUE(type.save(out, &FrozenPayload));
+    EXPECT_EQ(bytes, Frozen);
     VelorDropData read;
     QDataStream in(bytes);
     ASSERT_TRUE(type.load(in, &read));
-    EXPECT_EQ(told(read), told(frozenPayload()));
+    EXPECT_EQ(told(read), told(FrozenPayload));
 }
 
 /// Pixmaps need the application object, and every test of them starts with the plus image at hand.
@@ -232,7 +194,6 @@ class VelorDropDataPixmap : public testing::Test
 protected:
     VelorDropDataPixmap() { addPlusResource(); }
 
-private:
     int mArgumentCount = 1;
     char mName[5] = "test";
     char* mArguments[2] = {mName, nullptr};
@@ -247,36 +208,30 @@ QPixmap card(int width, int height, Qt::GlobalColor color, double ownRatio = 1.0
     return pixmap;
 }
 
-QRgb pixel(const QPixmap& pixmap, int x, int y) { return pixmap.toImage().pixel(x, y); }
+constexpr auto imageOf = VelorDropData::getDragMultiplePixmap;
+constexpr QRgb Transparent = 0x00000000, Red = 0xFFFF0000, Green = 0xFF00FF00, Blue = 0xFF0000FF;
 
-constexpr QRgb Transparent = 0x00000000;
-constexpr QRgb Red = 0xFFFF0000;
-constexpr QRgb Green = 0xFF00FF00;
-constexpr QRgb Blue = 0xFF0000FF;
-
-struct SizeRow
+void expectImage(const QPixmap& image, QSize size, double ratio, const QList<std::pair<QPoint, QRgb>>& pixels)
 {
-    int images;
-    double ratio;
-    QSize size;
-};
-
-const SizeRow SizeRows[] = {
-    {1, 1.33, {133, 133}}, {2, 1.0, {120, 100}}, {3, 1.0, {140, 100}}, {2, 1.25, {150, 125}},
-    {2, 1.33, {160, 133}}, {4, 1.5, {240, 150}}, {3, 2.0, {280, 200}}, {30, 3.0, {2040, 300}},
-};
+    EXPECT_EQ(image.size(), size);
+    EXPECT_EQ(image.devicePixelRatio(), ratio);
+    for (const auto& [place, color] : pixels) {
+        EXPECT_EQ(image.toImage().pixel(place), color) << "at " << place.x() << ", " << place.y();
+    }
+}
 
 TEST_F(VelorDropDataPixmap, SizeIsExactAtEveryRatio)
 {
-    for (const SizeRow& row : SizeRows) {
+    const std::tuple<int, double, QSize> rows[] = {
+        {1, 1.33, {133, 133}}, {2, 1.0, {120, 100}}, {3, 1.0, {140, 100}}, {2, 1.25, {150, 125}},
+        {2, 1.33, {160, 133}}, {4, 1.5, {240, 150}}, {3, 2.0, {280, 200}}, {30, 3.0, {2040, 300}},
+    };
+    for (const auto& [images, ratio, size] : rows) {
         for (const double ownRatio : {1.0, 2.0}) {
-            SCOPED_TRACE(testing::Message()
-                         << row.images << " images, " << row.ratio << ", own " << ownRatio);
-            const QList<QPixmap> cards(row.images, card(300, 300, Qt::blue, ownRatio));
-            const QPixmap image = VelorDropData::getDragMultiplePixmap(cards, false, row.ratio);
-            EXPECT_EQ(image.size(), row.size);
-            EXPECT_EQ(image.devicePixelRatio(), row.ratio);
-            EXPECT_EQ(pixel(image, row.size.width() - 1, row.size.height() - 1), Blue);
+            SCOPED_TRACE(testing::Message() << images << " images, " << ratio << ", own " << ownRatio);
+            const QList<QPixmap> cards(images, card(300, 300, Qt::blue, ownRatio));
+            expectImage(imageOf(cards, false, ratio), size, ratio,
+                        {{{size.width() - 1, size.height() - 1}, Blue}});
         }
     }
 }
@@ -284,46 +239,31 @@ TEST_F(VelorDropDataPixmap, SizeIsExactAtEveryRatio)
 TEST_F(VelorDropDataPixmap, FirstCardLiesOnTopAndThePlusLast)
 {
     const QList<QPixmap> cards{card(200, 100, Qt::green), card(50, 100, Qt::blue)};
-    const QPixmap image = VelorDropData::getDragMultiplePixmap(cards, true, 1.0);
-    ASSERT_EQ(image.size(), QSize(140, 100));
+    expectImage(imageOf(cards, true, 1.0), {140, 100}, 1.0,
+                {{{0, 0}, Green},
+                 {{30, 49}, Green}, // a wide card keeps its shape, above the later ones
+                 {{69, 50}, Blue},  // a tall card stands at the left of its slot
+                 {{70, 50}, Red},   // and is not stretched over the plus card
+                 {{139, 99}, Red},
+                 {{0, 50}, Transparent}});
     EXPECT_EQ(cards.size(), 2);
-    EXPECT_EQ(pixel(image, 0, 0), Green);
-    EXPECT_EQ(pixel(image, 30, 49), Green) << "a wide card keeps its shape, above the later ones";
-    EXPECT_EQ(pixel(image, 69, 50), Blue) << "a tall card stands at the left of its slot";
-    EXPECT_EQ(pixel(image, 70, 50), Red) << "the plus card is not stretched over";
-    EXPECT_EQ(pixel(image, 139, 99), Red);
-    EXPECT_EQ(pixel(image, 0, 50), Transparent);
 }
 
 TEST_F(VelorDropDataPixmap, ASingleCardHasNoSlotAroundIt)
 {
-    const QPixmap image = VelorDropData::getDragMultiplePixmap({card(200, 100, Qt::green, 3.0)}, false, 1.0);
-    EXPECT_EQ(image.size(), QSize(100, 50));
-    EXPECT_EQ(image.devicePixelRatio(), 1.0);
-    const QPixmap plus = VelorDropData::getDragMultiplePixmap({}, true, 1.5);
-    EXPECT_EQ(plus.size(), QSize(150, 150));
-    EXPECT_EQ(pixel(plus, 75, 75), Red);
-    EXPECT_TRUE(VelorDropData::getDragMultiplePixmap({}, false, 1.0).isNull());
+    expectImage(imageOf({card(200, 100, Qt::green, 3.0)}, false, 1.0), {100, 50}, 1.0, {{{99, 49}, Green}});
+    expectImage(imageOf({}, true, 1.5), {150, 150}, 1.5, {{{75, 75}, Red}});
+    EXPECT_TRUE(imageOf({}, false, 1.0).isNull());
 }
 
-TEST_F(VelorDropDataPixmap, NullCardsWidenAndDrawNothing)
-{
-    const QPixmap image =
-        VelorDropData::getDragMultiplePixmap({QPixmap(), card(10, 10, Qt::blue)}, false, 2.0);
-    EXPECT_EQ(image.size(), QSize(240, 200));
-    EXPECT_EQ(pixel(image, 39, 0), Transparent);
-    EXPECT_EQ(pixel(image, 40, 0), Blue);
-    EXPECT_TRUE(VelorDropData::getDragMultiplePixmap({QPixmap()}, false, 1.0).isNull());
-}
-
-TEST_F(VelorDropDataPixmap, AMissingPlusImageWidensOnly)
+TEST_F(VelorDropDataPixmap, NullCardsAndAMissingPlusWidenAndDrawNothing)
 {
     removePlusResource();
-    const QPixmap image = VelorDropData::getDragMultiplePixmap({card(10, 10, Qt::blue)}, true, 1.0);
-    EXPECT_EQ(image.size(), QSize(120, 100));
-    EXPECT_EQ(pixel(image, 99, 99), Blue);
-    EXPECT_EQ(pixel(image, 100, 0), Transparent);
-    EXPECT_TRUE(VelorDropData::getDragMultiplePixmap({}, true, 1.0).isNull());
+    const QPixmap blue = card(10, 10, Qt::blue);
+    expectImage(imageOf({{}, blue}, false, 2.0), {240, 200}, 2.0, {{{39, 0}, Transparent}, {{40, 0}, Blue}});
+    expectImage(imageOf({blue}, true, 1.0), {120, 100}, 1.0, {{{99, 99}, Blue}, {{100, 0}, Transparent}});
+    EXPECT_TRUE(imageOf({QPixmap()}, false, 1.0).isNull());
+    EXPECT_TRUE(imageOf({}, true, 1.0).isNull());
 }
 
 } // namespace
