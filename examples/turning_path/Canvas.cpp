@@ -1,7 +1,8 @@
 #include "Canvas.h"
 
-#include <QtCore/QFile>
+#include <QtCore/QBuffer>
 #include <QtCore/QLineF>
+#include <QtCore/QSaveFile>
 #include <QtGui/QFontMetricsF>
 #include <QtGui/QImage>
 #include <QtSvg/QSvgGenerator>
@@ -24,7 +25,7 @@ QRectF boundsOf(const QList<TVec2d<float>>& points)
     return polygon.boundingRect();
 }
 
-bool finish(QPaintDevice& device, const Theme& theme, const QSize& size, const Drawing& draw)
+bool paint(QPaintDevice& device, const Theme& theme, const QSize& size, const Drawing& draw)
 {
     QPainter painter(&device);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
@@ -33,24 +34,20 @@ bool finish(QPaintDevice& device, const Theme& theme, const QSize& size, const D
     return painter.end();
 }
 
-bool saveSvg(const QString& name, const QSize& size, const Theme& theme, const Drawing& draw)
+bool writeSvg(QIODevice& device, const QSize& size, const Theme& theme, const Drawing& draw)
 {
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly)) {
-        return false;
-    }
     QSvgGenerator svg;
-    svg.setOutputDevice(&file);
+    svg.setOutputDevice(&device);
     svg.setSize(size);
     svg.setViewBox(QRect(QPoint(0, 0), size));
-    return finish(svg, theme, size, draw) && file.flush();
+    return paint(svg, theme, size, draw);
 }
 
-bool savePng(const QString& name, const QSize& size, const Theme& theme, const Drawing& draw)
+bool writePng(QIODevice& device, const QSize& size, const Theme& theme, const Drawing& draw)
 {
     QImage image(size * DotsPerUnit, QImage::Format_RGB32);
     image.setDevicePixelRatio(DotsPerUnit);
-    return finish(image, theme, size, draw) && image.save(name, "PNG", SmallestFile);
+    return paint(image, theme, size, draw) && image.save(&device, "PNG", SmallestFile);
 }
 
 } // namespace
@@ -142,10 +139,15 @@ void LabelPlacer::place(QPainter& painter, const QPointF& anchor, const QString&
     painter.drawText(best, Qt::AlignCenter, text);
 }
 
-bool savePicture(const QString& file, const QSize& size, const Theme& theme, const Drawing& draw)
+bool savePicture(const QString& name, const QSize& size, const Theme& theme, const Drawing& draw)
 {
-    return file.endsWith(QLatin1String(".svg")) ? saveSvg(file, size, theme, draw)
-                                                : savePng(file, size, theme, draw);
+    // The generator does not look at how much of its text a file took.
+    QBuffer picture;
+    picture.open(QIODevice::WriteOnly);
+    const auto write = name.endsWith(QLatin1String(".svg")) ? writeSvg : writePng;
+    QSaveFile file(name);
+    return write(picture, size, theme, draw) && file.open(QIODevice::WriteOnly) &&
+           file.write(picture.data()) == picture.size() && file.commit();
 }
 
 QString numberText(double number)
@@ -170,6 +172,7 @@ void drawArrow(QPainter& painter, const QPointF& from, const QPointF& tip, doubl
     if (shaft.length() <= 0) {
         return;
     }
+    headSize = std::min(headSize, shaft.length());
     const QPointF along = (tip - from) / shaft.length();
     const QPointF across(-along.y(), along.x());
     const QPointF base = tip - along * headSize;

@@ -68,9 +68,9 @@ private:
 
 using Drawing = std::function<void(QPainter&, const Theme&)>;
 
-/// Paints a picture of `size` into a file, .svg or .png by the name's end, the latter with two dots for each
-/// unit. False when the file cannot be written.
-bool savePicture(const QString& file, const QSize& size, const Theme& theme, const Drawing& draw);
+/// Paints a picture of `size` into the file `name`, .svg or .png by the name's end, the latter with two dots
+/// for each unit. False when the file cannot be written whole: an older one is kept then.
+bool savePicture(const QString& name, const QSize& size, const Theme& theme, const Drawing& draw);
 
 /// `number` as a label, with a real minus sign.
 QString numberText(double number);
