@@ -31,6 +31,13 @@ QString endOfDrag(Qt::DropAction action)
     }
 }
 
+/// What the place under the pointer answers, which comes late where another process has to be asked.
+void logAnswer(Qt::DropAction action)
+{
+    VelorLogManager::getSingleton().logMessage(
+        action == Qt::IgnoreAction ? "A drop here is refused" : "A drop here is welcome", VelorLog::Debug0);
+}
+
 } // namespace
 
 ClipView::ClipView(const QString& hint, QWidget* parent)
@@ -72,6 +79,7 @@ void ClipView::startDrag(Qt::DropActions actions)
     drag->setMimeData(model()->mimeData(indexes));
     drag->setPixmap(dragImage(indexes));
     drag->setHotSpot(HotSpot);
+    connect(drag, &QDrag::actionChanged, this, logAnswer);
     logInfo(QStringLiteral("Dragging %1").arg(clipCount(dragged.size())));
     const Qt::DropAction action = drag->exec(actions, canMove ? Qt::MoveAction : Qt::CopyAction);
 
