@@ -2,11 +2,13 @@
 
 #include <Velor.Base/VelorMath.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <string>
 
 /// \file
 /// The formulas of motion maths as they are written down, one operation after the other on plain floats, with
@@ -189,6 +191,38 @@ inline QList<VelorCurveKnot> turningCurve(Vec2 start, Vec2 target, Vec2 heading,
         knots.append({target, heading});
     }
     return knots;
+}
+
+/// Takes the next inputs, and names the curves of VelorMath that are not what the formulas above give for
+/// them. `segments` is the number for the turning curve.
+inline std::string differences(Inputs& in, int segments)
+{
+    const Vec2 p[] = {in.vec2(), in.vec2(), in.vec2(), in.vec2()};
+    const Vec3 q[] = {in.vec3(), in.vec3(), in.vec3(), in.vec3()};
+    const float t = in.number();
+    std::string names;
+    const auto compare = [&](const char* name, const auto& points, auto ours, auto steps) {
+        if (!sameBits(ours(points[0], points[1], points[2], points[3], t),
+                      steps(points[0], points[1], points[2], points[3], t))) {
+            names += name;
+        }
+    };
+    compare(" bezierCubic2D", p, VelorMath::bezierCubic2D, bezierCubic2D);
+    compare(" bezierCubicTangent2D", p, VelorMath::bezierCubicTangent2D, bezierCubicTangent2D);
+    compare(" bezierCubic3D", q, VelorMath::bezierCubic3D, bezierCubic3D);
+    compare(" catmullRom3D", q, VelorMath::catmullRom3D, catmullRom3D);
+    compare(" derivCatmullRom3D", q, VelorMath::derivCatmullRom3D, derivCatmullRom3D);
+
+    const float bulge = in.number(), handle = in.number(), runIn = in.number();
+    const auto knots = VelorMath::turningCurve(p[0], p[1], p[2], bulge, handle, runIn, segments);
+    const auto expected = turningCurve(p[0], p[1], p[2], bulge, handle, runIn, segments);
+    const auto sameKnots = [](const VelorCurveKnot& a, const VelorCurveKnot& b) {
+        return sameBits(a.position, b.position) && sameBits(a.tangent, b.tangent);
+    };
+    if (!std::equal(knots.begin(), knots.end(), expected.begin(), expected.end(), sameKnots)) {
+        names += " turningCurve";
+    }
+    return names;
 }
 
 } // namespace literal
