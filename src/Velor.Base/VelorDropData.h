@@ -46,7 +46,8 @@ public:
     {
         /// What the thing is called.
         QString name;
-        QByteArray data; ///< not looked into
+        /// What the thing carries; nothing here looks into it.
+        QByteArray data;
     };
 
     /// The mime format of a payload, and the second name of the meta type.
