@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 // The build compiles this file with the contraction of a * b + c switched off. The functions of
 // VelorVectors.h that are used here are inline, and so compiled here under the same rule.
@@ -27,8 +26,8 @@ struct Weights
 };
 
 /// The Bernstein polynomials at `t`. Powers are products here: of a float, the square is exact in double and
-/// the cube is rounded once, so that both, rounded to float, are what pow gives. benchmarks/MathsComparison.cpp
-/// compares them for every float.
+/// the cube is rounded once, so that both, rounded to float, are what pow gives.
+/// benchmarks/MathsComparison.cpp compares them for every float.
 Weights bernstein(float t)
 {
     const float u = 1 - t;
