@@ -1,4 +1,4 @@
-# What `cpack` makes: a Debian package to run with and one to build with. Their dependencies are computed.
+# What `cpack` makes: Debian packages to run with, to build with and to debug with. Their dependencies are computed.
 
 # Sets `result` to the names of the Debian packages that own `files`, each with "(>= minimum)". A file that no package
 # owns, such as that of a Qt built by hand, adds nothing.
@@ -25,7 +25,6 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "${VELOR_PACKAGE_CONTACT}")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
-set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL Runtime Development)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared library, which programs that were built with it need to run.")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "The headers, the files for CMake and pkg-config, and the printers for gdb.")
@@ -37,6 +36,9 @@ set(run_time libvelor2.base${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${run_time})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# A third package, with the debug information that is taken out of the library: gdb needs it for classes with virtual
+# functions.
+set(CPACK_DEBIAN_RUNTIME_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 

@@ -74,6 +74,8 @@ class Tags:
 
     def to_string(self):
         name = self.value.type.strip_typedefs().unqualified().name
+        if not self.value.type.fields():
+            return name + "(<the debug information of the library is missing>)"
         return name + "(" + ", ".join(texts_of(self.value["mTags"])) + ")"
 
 
