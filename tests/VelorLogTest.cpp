@@ -1,16 +1,16 @@
+#include "TestHelpers.h"
+
 #include <Velor.Base/VelorLog.h>
 
-#include <QtCore/QDateTime>
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QRegularExpression>
-#include <QtCore/QTemporaryDir>
 #include <gmock/gmock.h>
+
+#include <QtCore/QDateTime>
 
 #include <atomic>
 #include <ctime>
 #include <functional>
 #include <thread>
+#include <tuple>
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -19,33 +19,27 @@ using testing::StartsWith;
 struct VelorLogTestAccess
 {
     static std::string timeStamp(VelorLog& log, std::time_t now) { return log.timeStamp(now); }
-    static void deleteOldLogFiles(const std::string& name, const QString& folder, const QDateTime& now)
+    static void deleteOldLogFiles(const std::string& name, const std::string& folder, const QDateTime& now)
     {
-        VelorLogManager::deleteOldLogFiles(name, folder.toStdString(), now);
+        VelorLogManager::deleteOldLogFiles(name, folder, now);
     }
 };
 
 namespace {
 
-struct Output
+/// The content of a log file, a text file, whose line ends differ between the systems.
+std::string textOf(const std::string& path)
 {
-    std::string out;
-    std::string err;
-};
-
-Output consoleOf(const std::function<void()>& action)
-{
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    action();
-    return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+    std::ifstream file(filePath(path));
+    EXPECT_TRUE(file.is_open()) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string content(const std::string& path)
+std::string withoutDigits(std::string text)
 {
-    QFile file(QString::fromStdString(path));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text)) << path;
-    return file.readAll().toStdString();
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '#');
+    return text;
 }
 
 class Recorder : public LogListener
@@ -55,173 +49,155 @@ public:
                       const std::string& logName, bool& skipOutput) override
     {
         heard.push_back(std::to_string(level) + (skipConsole ? " quiet " : " ") + message);
-        skipCame = skipOutput;
         lastLog = logName;
-        skipOutput = skipLeaves;
-        if (reaction) {
-            reaction(message);
-        }
+        reaction(skipOutput);
     }
 
     std::vector<std::string> heard;
-    bool skipCame = false;
-    bool skipLeaves = false;
     std::string lastLog;
-    std::function<void(const std::string&)> reaction;
+    std::function<void(bool&)> reaction = [](bool&) {};
 };
 
 class VelorLogTest : public testing::Test
 {
 protected:
-    std::string path(const char* name) const
+    std::string path(const std::string& name) const { return folder.narrowPath(name); }
+
+    /// What `action` says on standard output, on standard error and in the file of a default log of its own,
+    /// which puts no time in front.
+    std::vector<std::string> said(const std::function<void(VelorLog&)>& action)
     {
-        return folder.filePath(QString::fromUtf8(name)).toStdString();
-    }
-    void TearDown() override
-    {
+        VelorLog log(path("a.log"));
+        log.setTimeStampEnabled(false);
+        manager.setDefaultLog(&log);
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        action(log);
         manager.setDefaultLog(nullptr);
-        for (const std::string& name : filed) {
-            manager.destroyLog(name);
-        }
-    }
-    VelorLog* file(const std::string& name, bool makeDefault = false)
-    {
-        filed.push_back(name);
-        return manager.createLog(name, folder.path().toStdString(), makeDefault);
+        const std::string out = testing::internal::GetCapturedStdout();
+        return {out, testing::internal::GetCapturedStderr(), textOf(log.getName())};
     }
 
-    QTemporaryDir folder;
+    TestFolder folder;
     VelorLogManager& manager = VelorLogManager::getSingleton();
-    std::vector<std::string> filed;
 };
 
 TEST_F(VelorLogTest, EachLevelHasItsPrefixColourAndConsoleStream)
 {
-    struct Row
-    {
-        int level;
-        const char* text;
-        const char* colour;
-        bool toStandardOutput;
-    };
-    const Row rows[] = {{-1, "T", "", true},
-                        {0, "T", "", true},
-                        {1, "[ERROR] - T", "\033[31;1m", true},
-                        {2, "[WARNING] - T", "\033[33;1m", false},
-                        {3, "T", "", false},
-                        {4, "[DBG0] - T", "\033[32;1m", false},
-                        {5, "[DBG1] - T", "\033[36;1m", false},
-                        {6, "[DBG2] - T", "\033[34;1m", false},
-                        {7, "T", "", false}};
-    for (const Row& row : rows) {
-        VelorLog log(path("levels.log"));
+    const auto sayAll = [this](VelorLog& log) {
         log.setMaxLogLevel(static_cast<VelorLog::Level>(7));
-        const Output console =
-            consoleOf([&] { log.logMessage("T", static_cast<VelorLog::Level>(row.level), false); });
-        const std::string line = std::string(row.colour) + row.text + "\033[0m\n";
-        EXPECT_EQ(console.out, row.toStandardOutput ? line : "") << row.level;
-        EXPECT_EQ(console.err, row.toStandardOutput ? "" : line) << row.level;
-        EXPECT_THAT(content(log.getName()), testing::MatchesRegex("[0-9]+:[0-9]+:[0-9]+ - .*\n"));
-        EXPECT_THAT(content(log.getName()), EndsWith(std::string(" - ") + row.text + "\n"));
-    }
+        for (const int level : {-1, 0, 3, 7}) {
+            manager.logMessage(std::to_string(level), static_cast<VelorLog::Level>(level));
+        }
+        manager.logError("1");
+        manager.logWarning("2");
+        manager.logDebug0("4");
+        manager.logDebug1("5");
+        manager.logDebug2("6");
+    };
+    EXPECT_THAT(
+        said(sayAll),
+        ElementsAre("-1\033[0m\n0\033[0m\n\033[31;1m[ERROR] - 1\033[0m\n",
+                    "3\033[0m\n7\033[0m\n\033[33;1m[WARNING] - 2\033[0m\n\033[32;1m[DBG0] - 4\033[0m\n"
+                    "\033[36;1m[DBG1] - 5\033[0m\n\033[34;1m[DBG2] - 6\033[0m\n",
+                    "-1\n0\n3\n7\n[ERROR] - 1\n[WARNING] - 2\n[DBG0] - 4\n[DBG1] - 5\n[DBG2] - 6\n"));
 }
 
 TEST_F(VelorLogTest, SwitchesDecideWhichOutputsHearAMessage)
 {
-    VelorLog log(path("a.log"));
-    log.setTimeStampEnabled(false);
     Recorder recorder;
-    log.addListener(&recorder);
-    log.addListener(&recorder);
-    const auto say = [&](const char* text, VelorLog::Level level, bool skipConsole) {
-        return consoleOf([&] { log.logMessage(text, level, skipConsole); });
+    const auto saySwitched = [&](VelorLog& log) {
+        log.addListener(&recorder);
+        log.addListener(&recorder);
+        log.setMaxLogLevel(VelorLog::Warning);
+        EXPECT_EQ(log.getMinLogLevel(), VelorLog::Warning);
+        log.logMessage("above the threshold", VelorLog::Info);
+        log.setMaxLogLevel(VelorLog::None);
+        log.logMessage("all silent", VelorLog::Error);
+        log.setMaxLogLevel(VelorLog::Debug2);
+        log.logMessage("no console", VelorLog::Debug2, true);
+        log.setDebugOutputEnabled(false);
+        log.logMessage("no echo");
+        log.setDebugOutputEnabled(true);
+        log.setFileOutputSuppressedEnabled(true);
+        log.logMessage("no file");
+        log.setFileOutputSuppressedEnabled(false);
+        log.logMessage("two\nlines", VelorLog::Error);
     };
-    log.setMaxLogLevel(VelorLog::Warning);
-    EXPECT_EQ(log.getMinLogLevel(), VelorLog::Warning);
-    EXPECT_EQ(say("above the threshold", VelorLog::Info, false).err, "");
-    log.setMaxLogLevel(VelorLog::None);
-    EXPECT_EQ(say("all silent", VelorLog::Error, false).out, "");
-    log.setMaxLogLevel(VelorLog::Debug2);
-    EXPECT_EQ(say("no console", VelorLog::Debug2, true).err, "");
-    log.setDebugOutputEnabled(false);
-    EXPECT_EQ(say("no echo", VelorLog::Info, false).err, "");
-    log.setDebugOutputEnabled(true);
-    log.setFileOutputSuppressedEnabled(true);
-    EXPECT_EQ(say("no file", VelorLog::Info, false).err, "no file\033[0m\n");
-    log.setFileOutputSuppressedEnabled(false);
-    EXPECT_EQ(say("two\nlines", VelorLog::Error, false).out, "\033[31;1m[ERROR] - two\nlines\033[0m\n");
-    EXPECT_EQ(content(log.getName()), "[DBG2] - no console\nno echo\n[ERROR] - two\nlines\n");
+    EXPECT_THAT(said(saySwitched), ElementsAre("\033[31;1m[ERROR] - two\nlines\033[0m\n", "no file\033[0m\n",
+                                               "[DBG2] - no console\nno echo\n[ERROR] - two\nlines\n"));
     EXPECT_THAT(recorder.heard, ElementsAre("6 quiet [DBG2] - no console", "3 no echo", "3 no file",
                                             "1 [ERROR] - two\nlines"));
-    EXPECT_EQ(recorder.lastLog, log.getName());
+    EXPECT_EQ(recorder.lastLog, path("a.log"));
 }
 
 TEST_F(VelorLogTest, TheLastListenerDecidesAndAllAreCalled)
 {
-    VelorLog log(path("a.log"));
     Recorder first;
     Recorder second;
-    first.skipLeaves = true;
-    log.addListener(&first);
-    log.addListener(&second);
-    EXPECT_EQ(consoleOf([&] { log.logMessage("1"); }).err, "1\033[0m\n");
-    EXPECT_TRUE(second.skipCame);
-    second.skipLeaves = true;
-    EXPECT_EQ(consoleOf([&] { log.logMessage("2"); }).err, "");
-    log.removeListener(&second);
-    log.removeListener(&second);
-    log.removeListener(&first);
-    EXPECT_EQ(consoleOf([&] { log.logMessage("3"); }).err, "3\033[0m\n");
-    EXPECT_EQ(first.heard.size(), 2U);
-    EXPECT_EQ(content(log.getName()).find(" - 2\n"), std::string::npos);
+    first.reaction = [](bool& skipOutput) { skipOutput = true; };
+    second.reaction = [](bool& skipOutput) { skipOutput = !skipOutput; };
+    const auto sayHeard = [&](VelorLog& log) {
+        log.addListener(&first);
+        log.addListener(&second);
+        log.logMessage("shown again by the second");
+        log.removeListener(&first);
+        log.logMessage("hidden by the second");
+        log.removeListener(&first);
+        log.removeListener(&second);
+        log.logMessage("unheard");
+    };
+    EXPECT_THAT(said(sayHeard), ElementsAre("", "shown again by the second\033[0m\nunheard\033[0m\n",
+                                            "shown again by the second\nunheard\n"));
+    EXPECT_EQ(first.heard.size(), 1U);
+    EXPECT_EQ(second.heard.size(), 2U);
 }
 
 TEST_F(VelorLogTest, AStreamDeliversOneMessageForEachFlush)
 {
-    VelorLog log(path("a.log"));
-    log.setTimeStampEnabled(false);
-    log.setDebugOutputEnabled(false);
-    log.stream(VelorLog::Info, false) << "read " << 3 << ' ' << std::hex << 255 << std::boolalpha << true;
-    log.stream(VelorLog::Error, false).flush();
-    {
-        const VelorLog::Stream untouched = log.stream(VelorLog::Error, false);
-    }
-    VelorLog::Stream stream = log.stream(VelorLog::Warning, true);
-    stream << "a";
-    stream.flush() << "b";
-    VelorLog::Stream moved = std::move(stream);
-    stream << "lost";
-    stream.flush();
-    moved << "c";
-    moved = log.stream(VelorLog::Info, false);
-    moved << "d";
-    moved.flush();
-    EXPECT_EQ(content(log.getName()), "read 3 fftrue\n[ERROR] - \n[WARNING] - a\n[WARNING] - bc\nd\n");
-    const std::string err = consoleOf([] {
-                                VelorLog::Stream(nullptr, VelorLog::Info, false) << "text";
-                                VelorLog::Stream(nullptr, VelorLog::Info, false);
-                            }).err;
-    EXPECT_EQ(err, "Warning: Log is null!\n");
+    const auto sayStreamed = [](VelorLog& log) {
+        log.setDebugOutputEnabled(false);
+        log.stream() << "read " << 3 << ' ' << std::hex << 255 << std::boolalpha << true;
+        log.stream(VelorLog::Error).flush();
+        log.stream(VelorLog::Error);
+        VelorLog::Stream stream = log.stream(VelorLog::Warning);
+        stream << "a";
+        stream.flush() << "b";
+        VelorLog::Stream moved = std::move(stream);
+        stream << "lost";
+        stream.flush();
+        moved << "c";
+        moved = log.stream();
+        moved << "d";
+        moved.flush();
+        VelorLog::Stream(nullptr, VelorLog::Info, false) << "lost";
+        VelorLog::Stream(nullptr, VelorLog::Info, false);
+    };
+    EXPECT_THAT(said(sayStreamed),
+                ElementsAre("", "Warning: Log is null!\n",
+                            "read 3 fftrue\n[ERROR] - \n[WARNING] - a\n[WARNING] - bc\nd\n"));
 }
 
 TEST_F(VelorLogTest, AFileThatFailsLeavesALogThatRetriesOnDemandAlone)
 {
-    const std::string name = path("missing/a.log");
+    const std::string name = path("missing/b.log");
     const std::string error = "Error: Impossible log file from: " + name + "\n";
-    std::unique_ptr<VelorLog> log;
-    EXPECT_EQ(consoleOf([&] { log = std::make_unique<VelorLog>(name); }).err, error);
-    EXPECT_TRUE(log->isFileOutputSuppressed());
-    EXPECT_EQ(consoleOf([&] { log->logMessage("1"); }).err, "1\033[0m\n");
-    log->setFileOutputSuppressedEnabled(false);
-    EXPECT_EQ(consoleOf([&] { log->logMessage("2"); }).err, "2\033[0m\n" + error);
-    EXPECT_TRUE(log->isFileOutputSuppressed());
-    QDir(folder.path()).mkdir(QStringLiteral("missing"));
-    log->setFileOutputSuppressedEnabled(false);
-    log->setTimeStampEnabled(false);
-    consoleOf([&] { log->logMessage("3"); });
-    EXPECT_EQ(content(name), "3\n");
+    const auto sayWithoutFile = [&](VelorLog&) {
+        VelorLog log(name);
+        log.setTimeStampEnabled(false);
+        log.logMessage("1");
+        log.setFileOutputSuppressedEnabled(false);
+        log.logMessage("2");
+        EXPECT_TRUE(log.isFileOutputSuppressed());
+        std::filesystem::create_directory(filePath(path("missing")));
+        log.logMessage("3");
+        log.setFileOutputSuppressedEnabled(false);
+        log.logMessage("4");
+    };
+    EXPECT_EQ(said(sayWithoutFile)[1], error + "1\033[0m\n2\033[0m\n" + error + "3\033[0m\n4\033[0m\n");
+    EXPECT_EQ(textOf(name), "4\n");
     const VelorLog second(name);
-    EXPECT_EQ(content(name), "") << "an earlier file is not truncated";
+    EXPECT_EQ(textOf(name), "") << "an earlier file is not truncated";
 }
 
 TEST_F(VelorLogTest, TheTimeStampFollowsTheLocalClock)
@@ -235,81 +211,71 @@ TEST_F(VelorLogTest, TheTimeStampFollowsTheLocalClock)
         std::strftime(expected, sizeof expected, "%H:%M:%S - ", std::localtime(&now));
         EXPECT_EQ(VelorLogTestAccess::timeStamp(log, now), expected) << now;
     }
+    log.logMessage("text", VelorLog::Error, true);
+    EXPECT_EQ(withoutDigits(textOf(log.getName())), "##:##:## - [ERROR] - text\n");
 }
 
 TEST_F(VelorLogTest, AMessageIsOneSystemCallForEachOutput)
 {
-    const auto writes = [] {
-        QFile counters(QStringLiteral("/proc/self/io"));
-        return counters.open(QIODevice::ReadOnly) ? QRegularExpression(QStringLiteral("syscw: (\\d+)"))
-                                                        .match(QString::fromUtf8(counters.readAll()))
-                                                        .captured(1)
-                                                        .toLongLong()
-                                                  : -1;
+    const auto writeCalls = [] {
+        const std::string counters = fileBytes(std::string("/proc/self/io"));
+        const std::size_t found = counters.find("syscw: ");
+        return found == std::string::npos ? -1 : std::stoi(counters.substr(found + 7));
     };
-    if (writes() < 0) {
+    const int before = writeCalls();
+    if (before < 0) {
         GTEST_SKIP() << "this system does not count the write calls of a process";
     }
-    VelorLog log(path("a.log"));
-    long long made = 0;
-    consoleOf([&] {
-        const long long before = writes();
-        log.logMessage("to standard error", VelorLog::Info);
+    said([](VelorLog& log) {
+        log.logMessage("to standard error");
         log.logMessage("to standard output", VelorLog::Error);
-        made = writes() - before;
     });
-    EXPECT_EQ(made, 4);
+    EXPECT_EQ(writeCalls() - before, 4);
 }
 
 TEST_F(VelorLogTest, AFullDiskStopsNothing)
 {
-    if (!QFile::exists(QStringLiteral("/dev/full"))) {
+    if (!std::filesystem::exists("/dev/full")) {
         GTEST_SKIP() << "this system has no device that is always full";
     }
-    VelorLog log("/dev/full");
-    Recorder recorder;
-    log.addListener(&recorder);
-    EXPECT_EQ(consoleOf([&] { log.logMessage("1"); }).err, "1\033[0m\n");
-    EXPECT_EQ(consoleOf([&] { log.logMessage("2"); }).err, "2\033[0m\n");
-    EXPECT_EQ(recorder.heard.size(), 2U);
+    const auto sayToFullDisk = [](VelorLog&) {
+        VelorLog log("/dev/full");
+        log.logMessage("1");
+        log.logMessage("2");
+    };
+    EXPECT_EQ(said(sayToFullDisk)[1], "1\033[0m\n2\033[0m\n");
 }
 
 TEST_F(VelorLogTest, MessagesOfManyThreadsStayWholeAndOneNameIsOneLog)
 {
-    filed.push_back("shared");
     std::atomic<VelorLog*> seen = nullptr;
-    std::atomic<int> different = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&, i] {
-            VelorLog* log = manager.createLog("shared", folder.path().toStdString(), false);
+    std::vector<std::jthread> threads;
+    for (char letter = 'a'; letter < 'i'; ++letter) {
+        threads.emplace_back([&, line = std::string(50, letter)] {
+            VelorLog* log = manager.createLog("shared", path("."));
             VelorLog* expected = nullptr;
-            different += !seen.compare_exchange_strong(expected, log) && expected != log ? 1 : 0;
+            EXPECT_TRUE(seen.compare_exchange_strong(expected, log) || expected == log);
             log->setTimeStampEnabled(false);
             for (int k = 0; k < 100; ++k) {
-                manager.logMessage(std::string(50, static_cast<char>('a' + i)), VelorLog::Info, true,
-                                   "shared");
+                manager.logMessage(line, VelorLog::Info, true, "shared");
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(different, 0);
-    const QStringList lines =
-        QString::fromStdString(content(path("shared.log"))).split(u'\n', Qt::SkipEmptyParts);
-    EXPECT_EQ(lines.size(), 800);
-    for (const QString& line : lines) {
-        EXPECT_EQ(line, QString(50, line[0]));
+    threads.clear();
+    manager.destroyLog("shared");
+    const std::string text = textOf(path("shared.log"));
+    EXPECT_EQ(text.size(), 8U * 100 * 51);
+    for (std::size_t at = 0; at < text.size(); at += 51) {
+        EXPECT_EQ(text.substr(at, 51), std::string(50, text[at]) + '\n');
     }
 }
 
 TEST_F(VelorLogTest, TheManagerFilesLogsAndKeepsOneDefault)
 {
-    VelorLog* first = file("first");
+    VelorLog* first = manager.createLog("first", path("."));
+    VelorLog* second = manager.createLog("second", path("."));
     EXPECT_EQ(manager.getDefaultLog(), first) << "the first log is the default";
-    VelorLog* second = file("second");
-    EXPECT_EQ(manager.getDefaultLog(), first);
+    EXPECT_EQ(manager.getLog("first"), first);
     EXPECT_EQ(manager.createLog("second", "/elsewhere", true), second);
     EXPECT_EQ(manager.getDefaultLog(), second);
     manager.setMaxLogLevel(VelorLog::Error);
@@ -326,131 +292,114 @@ TEST_F(VelorLogTest, TheManagerFilesLogsAndKeepsOneDefault)
     EXPECT_EQ(manager.getDefaultLog(), nullptr);
 }
 
-TEST_F(VelorLogTest, MessagesWithoutATargetWarnOnlyForTheDefaultLog)
+TEST_F(VelorLogTest, MessagesGoToTheLogOfTheirNameAndWarnOnlyWithoutADefaultLog)
 {
-    EXPECT_EQ(consoleOf([&] { manager.logError("lost"); }).err, "Warning: not logger found\n");
-    EXPECT_EQ(consoleOf([&] { manager.logError("lost", false, "unknown"); }).err, "");
-    EXPECT_EQ(consoleOf([&] { VelorLog::_LogErrorMsg("lost", "f", 1); }).err, "Warning: Log is null!\n");
-    EXPECT_EQ(consoleOf([&] { manager.stream(VelorLog::Error, false, "unknown") << "lost"; }).err,
-              "Warning: Log is null!\n");
-    file("named")->setTimeStampEnabled(false);
-    manager.setDefaultLog(nullptr);
-    const auto sayAll = [&](const std::string& log) {
-        manager.logError("1", true, log);
-        manager.logWarning("2", true, log);
-        manager.logMessage("3", VelorLog::Info, true, log);
-        manager.logDebug0("4", true, log);
-        manager.logDebug1("5", true, log);
-        manager.logDebug2("6", true, log);
-        manager.stream(VelorLog::Error, true, log) << "7";
+    const auto sayByName = [this](VelorLog&) {
+        manager.createLog("named", path("."))->setTimeStampEnabled(false);
+        manager.logError("1", true, "named");
+        manager.stream(VelorLog::Error, true, "named") << "2";
+        manager.logError("lost", false, "unknown");
+        manager.stream(VelorLog::Error, false, "unknown") << "lost";
+        manager.stream(VelorLog::Error) << "to the default";
+        manager.setDefaultLog(nullptr);
+        manager.logError("lost");
+        VelorLog::_LogErrorMsg("lost", "f", 1);
+        manager.destroyLog("named");
     };
-    sayAll("named");
-    EXPECT_EQ(content(path("named.log")),
-              "[ERROR] - 1\n[WARNING] - 2\n3\n[DBG0] - 4\n[DBG1] - 5\n[DBG2] - 6\n[ERROR] - 7\n");
+    EXPECT_THAT(said(sayByName),
+                ElementsAre("\033[31;1m[ERROR] - to the default\033[0m\n",
+                            "Warning: Log is null!\nWarning: not logger found\nWarning: Log is null!\n",
+                            "[ERROR] - to the default\n"));
+    EXPECT_EQ(textOf(path("named.log")), "[ERROR] - 1\n[ERROR] - 2\n");
 }
 
 TEST_F(VelorLogTest, ClientMessagesNameTheirFunctionAndLine)
 {
-    VelorLog* log = file("client");
-    log->setTimeStampEnabled(false);
     const std::string long5000(5000, 'x');
-    const std::string err = consoleOf([&] {
-                                VelorLog::_LogMsg("KIND", "t", "f", -3);
-                                VelorLog::_LogDebugMsg("t", "f", 0);
-                                VelorLog::_LogErrorMsg("T", "F", 120);
-                                VelorLog::_LogfDebugMsg("f", 7, "%s", long5000.c_str());
-                            }).err;
-    EXPECT_THAT(err, StartsWith("KIND: t (Function: f at line -3)\033[0m\n"));
-    EXPECT_EQ(content(log->getName()), "KIND: t (Function: f at line -3)\nDEBUG: t (Function: f at line 0)\n"
-                                       "ERROR: T (Function: F at line 120)\nDEBUG: " +
-                                           std::string(4095, 'x') + " (Function: f at line 7)\n");
+    const auto sayAsClient = [&](VelorLog&) {
+        VelorLog::_LogMsg("KIND", "t", "f", -3);
+        VelorLog::_LogDebugMsg("t", "f", 0);
+        VelorLog::_LogErrorMsg("T", "F", 120);
+        VelorLog::_LogfDebugMsg("f", 7, "%s", long5000.c_str());
+    };
+    EXPECT_THAT(said(sayAsClient),
+                ElementsAre("", StartsWith("KIND: t (Function: f at line -3)\033[0m\n"),
+                            "KIND: t (Function: f at line -3)\nDEBUG: t (Function: f at line 0)\n"
+                            "ERROR: T (Function: F at line 120)\nDEBUG: " +
+                                std::string(4095, 'x') + " (Function: f at line 7)\n"));
 }
 
-TEST_F(VelorLogTest, SetupMakesADatedDefaultLogInANewFolder)
+TEST_F(VelorLogTest, SetupMakesADatedDefaultLogAndReportsDeletedOnesThere)
 {
-    const QString logs = folder.filePath(QStringLiteral("a/b"));
-    ASSERT_TRUE(VelorLogManager::setupDefaultLog("App", logs.toStdString()));
-    const QStringList files = QDir(logs).entryList(QDir::Files);
-    ASSERT_EQ(files.size(), 1);
-    static const QRegularExpression form(
-        QStringLiteral("^App_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.log$"));
-    EXPECT_TRUE(form.match(files[0]).hasMatch()) << files[0].toStdString();
-    EXPECT_EQ(manager.getDefaultLog()->getName(), (logs + u'/' + files[0]).toStdString());
-    filed.push_back(files[0].chopped(4).toStdString());
-    filed.push_back("plain");
-    EXPECT_EQ(manager.createLog("plain", {}, false)->getName(),
-              (logs + QStringLiteral("/plain.log")).toStdString());
-
-    QFile blocker(folder.filePath(QStringLiteral("file")));
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
-    VelorLog* before = manager.getDefaultLog();
-    EXPECT_FALSE(VelorLogManager::setupDefaultLog("App", path("file/logs")));
-    EXPECT_EQ(manager.getDefaultLog(), before);
+    const std::string old = path("App_2020-01-01_00-00-00.log");
+    writeFile(old, "");
+    writeFile(path("file"), "");
+    std::string text;
+    said([&](VelorLog& log) {
+        EXPECT_FALSE(VelorLogManager::setupDefaultLog("App", path("file/logs")));
+        EXPECT_EQ(manager.getDefaultLog(), &log);
+        for (const std::string& logs : {path("new/new"), path(".")}) {
+            EXPECT_TRUE(VelorLogManager::setupDefaultLog("App", logs));
+            VelorLog* made = manager.getDefaultLog();
+            EXPECT_EQ(withoutDigits(made->getName()), withoutDigits(logs) + "/App_####-##-##_##-##-##.log");
+            EXPECT_EQ(manager.createLog("plain")->getName(), logs + "/plain.log");
+            text += textOf(made->getName());
+            manager.destroyLog("plain");
+            manager.destroyLog(made);
+        }
+    });
+    EXPECT_THAT(text, EndsWith(" - Deleted log file: App_2020-01-01_00-00-00.log\n"));
+    EXPECT_EQ(fileBytes(old), "(missing)");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(filePath(path("new/new"))), {}), 2)
+        << "the probe of the folder stays";
 }
 
 TEST_F(VelorLogTest, SetupRefusesAFolderThatCannotBeWritten)
 {
-    if (!QFile::exists(QStringLiteral("/proc/self"))) {
+    if (!std::filesystem::exists("/proc/self")) {
         GTEST_SKIP() << "this system has no folder that nobody can write to";
     }
-    EXPECT_THAT(consoleOf([] { EXPECT_FALSE(VelorLogManager::setupDefaultLog("App", "/proc/self")); }).err,
-                testing::HasSubstr("Failed to create writable path:  \"/proc/self\""));
-    EXPECT_EQ(manager.getDefaultLog(), nullptr);
+    const auto setUp = [&](VelorLog& log) {
+        EXPECT_FALSE(VelorLogManager::setupDefaultLog("App", "/proc/self"));
+        EXPECT_EQ(manager.getDefaultLog(), &log);
+    };
+    EXPECT_THAT(said(setUp)[1], testing::HasSubstr("Failed to create writable path:  \"/proc/self\""));
 }
 
-TEST_F(VelorLogTest, OnlyOldFilesOfTheStatedFormAreDeleted)
+TEST_F(VelorLogTest, OnlyOldFilesOfTheStatedFormAreDeletedAndAFailureIsReported)
 {
-    struct Row
-    {
-        const char* file;
-        const char* fault;
-        bool goes;
+    const std::tuple<const char*, std::string, bool> rows[] = {
+        {"exactly a day old", "A+b_2025-06-09_12-00-00.log", true},
+        {"leap day", "A+b_2024-02-29_00-00-00.log", true},
+        {"86399 seconds old", "A+b_2025-06-09_12-00-01.log", false},
+        {"in the future", "A+b_2026-01-01_00-00-00.log", false},
+        {"impossible month", "A+b_2025-13-01_00-00-00.log", false},
+        {"another prefix that ends alike", "xA+b_2025-01-01_00-00-00.log", false},
+        {"prefix taken for an expression", "AAb_2025-01-01_00-00-00.log", false},
+        {"further suffix", "A+b_2025-01-01_00-00-00.backup.log", false},
+        {"suffix in another case", "A+b_2025-01-01_00-00-00.LOG", false},
+        {"another suffix", "A+b_2025-01-01_00-00-00.txt", false},
+        {"number behind the time", "A+b_2025-01-01_00-00-00_1.log", false},
     };
-    const Row rows[] = {{"A+b_2025-06-09_12-00-00.log", "exactly a day old", true},
-                        {"A+b_2024-02-29_00-00-00.log", "leap day", true},
-                        {"A+b_2025-06-09_12-00-01.log", "86399 seconds old", false},
-                        {"A+b_2026-01-01_00-00-00.log", "in the future", false},
-                        {"A+b_2025-13-01_00-00-00.log", "impossible month", false},
-                        {"xA+b_2025-01-01_00-00-00.log", "another prefix that ends alike", false},
-                        {"AAb_2025-01-01_00-00-00.log", "prefix taken for an expression", false},
-                        {"A+b_2025-01-01_00-00-00.backup.log", "further suffix", false},
-                        {"A+b_2025-01-01_00-00-00.LOG", "suffix in another case", false},
-                        {"A+b_2025-01-01_00-00-00.txt", "another suffix", false},
-                        {"A+b_2025-01-01_00-00-00_1.log", "number behind the time", false}};
-    for (const Row& row : rows) {
-        QFile made(folder.filePath(QString::fromUtf8(row.file)));
-        ASSERT_TRUE(made.open(QIODevice::WriteOnly));
+    for (const auto& [fault, name, goes] : rows) {
+        writeFile(path(name), "");
     }
     Recorder recorder;
-    file("report")->addListener(&recorder);
-    const QDateTime now(QDate(2025, 6, 10), QTime(12, 0));
-    consoleOf([&] { VelorLogTestAccess::deleteOldLogFiles("A+b", folder.path(), now); });
-    for (const Row& row : rows) {
-        EXPECT_EQ(QFile::exists(folder.filePath(QString::fromUtf8(row.file))), !row.goes) << row.fault;
+    recorder.reaction = [&](bool&) {
+        std::filesystem::remove(filePath(path(std::get<1>(rows[0]))));
+        std::filesystem::remove(filePath(path(std::get<1>(rows[1]))));
+    };
+    said([&](VelorLog& log) {
+        log.addListener(&recorder);
+        const QDateTime now(QDate(2025, 6, 10), QTime(12, 0));
+        VelorLogTestAccess::deleteOldLogFiles("A+b", path("."), now);
+    });
+    for (const auto& [fault, name, goes] : rows) {
+        EXPECT_EQ(fileBytes(path(name)), goes ? "(missing)" : "") << fault;
     }
     EXPECT_THAT(recorder.heard,
-                testing::UnorderedElementsAre("3 Deleted log file: A+b_2025-06-09_12-00-00.log",
-                                              "3 Deleted log file: A+b_2024-02-29_00-00-00.log"));
-}
-
-TEST_F(VelorLogTest, AnOldFileThatCannotBeDeletedIsReported)
-{
-    const char* const names[] = {"P_2020-01-01_00-00-00.log", "P_2020-01-02_00-00-00.log"};
-    for (const char* name : names) {
-        QFile made(folder.filePath(QString::fromUtf8(name)));
-        ASSERT_TRUE(made.open(QIODevice::WriteOnly));
-    }
-    Recorder recorder;
-    recorder.reaction = [&](const std::string&) {
-        for (const char* name : names) {
-            QFile::remove(folder.filePath(QString::fromUtf8(name)));
-        }
-    };
-    file("report")->addListener(&recorder);
-    consoleOf([&] { VelorLogManager::deleteOldLogFiles("P", folder.path().toStdString()); });
-    ASSERT_EQ(recorder.heard.size(), 2U);
-    EXPECT_THAT(recorder.heard[0], StartsWith("3 Deleted log file: P_2020-01-0"));
-    EXPECT_THAT(recorder.heard[1], StartsWith("2 [WARNING] - Failed to delete old log file: P_2020-01-0"));
+                ElementsAre(StartsWith("3 Deleted log file: A+b_202"),
+                            StartsWith("2 [WARNING] - Failed to delete old log file: A+b_202")));
 }
 
 } // namespace
