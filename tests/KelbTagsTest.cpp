@@ -8,6 +8,7 @@
 #include <QtCore/QDebug>
 #include <QtXml/QDomDocument>
 
+#include <set>
 #include <tuple>
 
 namespace {
@@ -46,17 +47,17 @@ TEST(KelbTags, ReadsAnyTextForItemsAndCategories)
 
 TEST(KelbTags, TakesCharactersForOneTagExactlyWhereQtDoes)
 {
-    QStringList characters;
+    const auto less = [](const QString& a, const QString& b) {
+        return a.compare(b, Qt::CaseInsensitive) < 0;
+    };
+    std::set<QString, decltype(less)> different;
+    QString text;
     for (char32_t code = u'-'; code < 0x20000; ++code) {
-        characters.append(QStringView(QChar::fromUcs4(code)).toString());
+        const QString character = QStringView(QChar::fromUcs4(code)).toString();
+        different.insert(character);
+        text += character + u',';
     }
-    const KelbTags tags(characters.join(u','));
-    characters.sort(Qt::CaseInsensitive);
-    const auto end =
-        std::unique(characters.begin(), characters.end(), [](const QString& a, const QString& b) {
-            return a.compare(b, Qt::CaseInsensitive) == 0;
-        });
-    EXPECT_EQ(tags.getSize(), end - characters.begin());
+    EXPECT_EQ(static_cast<size_t>(KelbTags(text).getSize()), different.size());
     EXPECT_EQ(KelbTags(u"stra\u00DFe, strasse, STRASSE, \U00010400x, \U00010428X"_s).getSize(), 3);
 }
 
