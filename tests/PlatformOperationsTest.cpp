@@ -465,6 +465,11 @@ TEST(PlatformProcess, ShellOpenTriesOnceMoreOnlyIfDenied)
     EXPECT_EQ(opened(false), "31: xdg-open a b\n") << "tried again after another failure";
     script("xdg-open", "0", fs::perms::owner_read);
     EXPECT_EQ(opened(false), "33: pkexec xdg-open a b\n");
+    fs::remove(calls);
+    setEnvironment("PATH", folder.narrowPath(""));
+    table.runCommand(nullptr, "command", true);
+    setEnvironment("PATH", path);
+    EXPECT_EQ(fileBytes(calls), "pkexec command\n") << "elevated command without its rights";
 }
 
 TEST(PlatformProcess, CloseHandleClosesAndSkipsNull)
