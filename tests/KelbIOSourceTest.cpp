@@ -154,6 +154,20 @@ TEST(KelbFile, ResizeKeepsWhatItDoesNotCut)
     }
 }
 
+TEST(KelbFile, ResizeOfAFileThatHasVanishedLeavesItClosed)
+{
+    const TestFolder folder;
+    const std::string path = folder.narrowPath("f");
+    for (const std::uint32_t mode : {KelbFile::ModeRead, KelbFile::ModeWrite, KelbFile::ModeReadWrite}) {
+        writeFile(path, "x");
+        KelbFile file(path.c_str(), mode);
+        std::filesystem::remove(path);
+        file.resize(1);
+        EXPECT_FALSE(file.isOpen()) << mode;
+        EXPECT_EQ(fileBytes(path), "(missing)") << mode;
+    }
+}
+
 TEST(KelbFile, WorksBeyondFourGibibytes)
 {
     constexpr std::uint64_t Far = (std::uint64_t(5) << 30) + 3;
