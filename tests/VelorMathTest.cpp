@@ -108,7 +108,9 @@ TEST(VelorMath, ScalarsMeetTheHighPrecisionTable)
 
 TEST(VelorMath, ScalarsKeepTheirEdges)
 {
+    const Vec2 zero{-0.0F, -0.0F};
     const ScalarRow rows[] = {
+        {"weighted sum not begun at 0", VelorMath::bezierCubic2D(zero, zero, zero, zero, 0.5F).x, 0},
         {"cusp of the cardioid", VelorMath::cardioid2D({1, -2}, 1.5F, 0).x, 2.5F},
         {"no width at the mean", VelorMath::normal(1, 0, 1), NaN},
         {"no width elsewhere", VelorMath::normal(0, 0, 1), NaN},
