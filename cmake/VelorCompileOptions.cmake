@@ -6,6 +6,10 @@ function(velor_compile_options target)
         # When it optimises, this version takes a sum of strings for a copy onto itself.
         target_compile_options(${target} PRIVATE -Wno-restrict)
     endif()
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        # A guess, which changes with what the optimiser does to the headers of others.
+        target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+    endif()
     if(WIN32)
         # What ships must not name the machine that built it.
         target_compile_options(${target} PRIVATE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)

@@ -12,7 +12,9 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#if __has_include(<sys/resource.h>)
 #include <sys/resource.h>
+#endif
 
 namespace {
 
@@ -212,6 +214,20 @@ TEST_F(VelorZipStreamTest, ArchiveThatCannotBeCreatedIsInert)
     EXPECT_TRUE(QFile::exists(root + q("/a.txt")));
 }
 
+/// Packs, whatever happens; whether every add operation returned true.
+bool pack(const QString& archive, const QString& folder, int folderEntries)
+{
+    VelorZipStream zip(archive);
+    bool isGood = zip.addFile(q("memory.txt"), "memory", 6) && zip.addFolder(folder, true);
+    for (int i = 0; i < folderEntries; ++i) {
+        isGood = zip.addFolderEntry(QString::number(i).leftJustified(250, u'n')) && isGood;
+    }
+    return isGood;
+}
+
+// Where a process can limit the size of its files.
+#if __has_include(<sys/resource.h>)
+
 /// While it lives, no file of this process grows beyond `bytes`: a disk that is full at that point.
 struct FullDisk
 {
@@ -225,17 +241,6 @@ struct FullDisk
     ~FullDisk() { setrlimit(RLIMIT_FSIZE, &former); }
     rlimit former = {};
 };
-
-/// Packs, whatever happens; whether every add operation returned true.
-bool pack(const QString& archive, const QString& folder, int folderEntries)
-{
-    VelorZipStream zip(archive);
-    bool isGood = zip.addFile(q("memory.txt"), "memory", 6) && zip.addFolder(folder, true);
-    for (int i = 0; i < folderEntries; ++i) {
-        isGood = zip.addFolderEntry(QString::number(i).leftJustified(250, u'n')) && isGood;
-    }
-    return isGood;
-}
 
 TEST_F(VelorZipStreamTest, DiskThatFillsAtAnyByteLeavesNoArchiveAndNoException)
 {
@@ -269,6 +274,8 @@ TEST_F(VelorZipStreamTest, DiskThatFillsInADirectoryBeyondTheBufferLeavesNoArchi
         EXPECT_FALSE(QFile::exists(archive)) << share;
     }
 }
+
+#endif
 
 TEST_F(VelorZipStreamTest, EntriesAreNotCountedInSixteenBits)
 {
