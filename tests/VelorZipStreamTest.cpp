@@ -122,6 +122,14 @@ TEST_F(VelorZipStreamTest, FolderEntriesStandOnceAndWithTheirParents)
     EXPECT_THAT(read(archive), ElementsAre("foo/ 0", "foo/bar/ 0"));
 }
 
+TEST_F(VelorZipStreamTest, SizesOfFilesHaveSixtyFourBits)
+{
+    EXPECT_TRUE(VelorZipStream(archive).addFile(q("a"), "x", 1));
+    QFile file(archive);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.read(6), QByteArray("PK\3\4\x2D\0", 6)) << "version 4.5, which is that of ZIP64";
+}
+
 TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMustNotPack)
 {
     for (const char* name : {"a.txt", "no dot", ".hidden.txt", "skip.TMP", "Sub/b.txt", "Sub/Deep/C.PNG"}) {
