@@ -12,8 +12,11 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <initializer_list>
 #include <iomanip>
 #include <iostream>
+#include <numeric>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -50,8 +53,15 @@ LevelStyle levelStyle(VelorLog::Level level)
 
 /// One call on the stream for one line, since a stream that flushes at each insertion makes a system call of
 /// each.
-void writeLine(std::ostream& out, const std::string& line)
+void writeLine(std::ostream& out, std::initializer_list<std::string_view> parts)
 {
+    std::string line;
+    line.reserve(std::accumulate(parts.begin(), parts.end(), std::size_t(1),
+                                 [](std::size_t sum, std::string_view part) { return sum + part.size(); }));
+    for (const std::string_view part : parts) {
+        line += part;
+    }
+    line += '\n';
     out.write(line.data(), static_cast<std::streamsize>(line.size()));
     out.flush();
 }
@@ -145,7 +155,7 @@ VelorLog::Stream& VelorLog::Stream::flush()
     if (mTargetLog != nullptr) {
         mTargetLog->logMessage(mText.str(), mLevel, mSkipConsole);
     } else {
-        writeLine(std::cerr, "Warning: Log is null!\n");
+        writeLine(std::cerr, {"Warning: Log is null!"});
     }
     mText.str({});
     mText.clear();
@@ -265,7 +275,7 @@ bool VelorLog::reopenFile()
 {
     mFile.open(mName);
     if (!mFile.is_open()) {
-        writeLine(std::cerr, "Error: Impossible log file from: " + mName + "\n");
+        writeLine(std::cerr, {"Error: Impossible log file from: ", mName});
         return false;
     }
     return platformOperations().registerCrashFile(mName.c_str());
@@ -284,7 +294,11 @@ bool VelorLog::notifyListeners(const std::string& text, Level level, bool skipCo
 void VelorLog::writeToConsole(const std::string& text, Level level) const
 {
     std::ostream& console = level < Warning ? std::cout : std::cerr;
-    writeLine(console, mColoursEnabled ? levelStyle(level).colour + text + ColourReset + "\n" : text + "\n");
+    if (mColoursEnabled) {
+        writeLine(console, {levelStyle(level).colour, text, ColourReset});
+    } else {
+        writeLine(console, {text});
+    }
 }
 
 void VelorLog::writeToFile(const std::string& text)
@@ -293,7 +307,7 @@ void VelorLog::writeToFile(const std::string& text)
         mFileOutputSuppressed = true;
         return;
     }
-    writeLine(mFile, mTimeStampEnabled ? timeStamp(std::time(nullptr)) + text + "\n" : text + "\n");
+    writeLine(mFile, {mTimeStampEnabled ? timeStamp(std::time(nullptr)) : std::string_view(), text});
 }
 
 /// Formats the time anew only when the second has changed.
@@ -395,7 +409,7 @@ void VelorLogManager::logMessage(const std::string& message, VelorLog::Level lev
     if (log != nullptr) {
         log->logMessage(message, level, skipConsole);
     } else if (logName.empty()) {
-        writeLine(std::cerr, "Warning: not logger found\n");
+        writeLine(std::cerr, {"Warning: not logger found"});
     }
 }
 
