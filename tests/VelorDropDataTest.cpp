@@ -1,7 +1,7 @@
 #include <Velor.Base/VelorDropData.h>
 
-#include <QtCore/QBuffer>
 #include <QtCore/QDataStream>
+#include <QtCore/QIODevice>
 #include <QtCore/QMimeData>
 #include <QtCore/QVariant>
 #include <QtGui/QGuiApplication>
@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <tuple>
 #include <utility>
@@ -73,68 +72,34 @@ TEST(VelorDropData, BytesAreThoseOfTheFormatInTheStreamsOrder)
     EXPECT_EQ(FrozenPayload.getItemNames(), (QList<QString>{Walk, Empty, Walk}));
 }
 
-TEST(VelorDropData, ReadingAddsItemsAndReplacesTheType)
-{
-    QDataStream stream(QByteArray::fromHex("00000001 fffffff9 0000000a00000000020061 0000000c00ffffffff"));
-    const VelorDropData old({{QStringLiteral("old"), "1"}}, VelorDropData::Clip);
-    EXPECT_EQ(told(readFrom(stream, old)), QStringLiteral("-7|old=1|a="));
-}
-
-TEST(VelorDropData, ALargePayloadReadsWhole)
-{
-    VelorDropData payload;
-    for (int i = 0; i < 100'000; ++i) {
-        payload.addItem({QString::number(i), QByteArray::number(i)});
-    }
-    QDataStream stream(written(payload));
-    EXPECT_EQ(told(readFrom(stream)), told(payload));
-    EXPECT_EQ(stream.status(), QDataStream::Ok);
-}
-
-/// Tells the largest read that was asked of it, which a stream makes after it has reserved as much.
-struct WatchedBuffer : QBuffer
-{
-    using QBuffer::QBuffer;
-    qint64 largestRead = 0;
-    qint64 readData(char* data, qint64 size) override
-    {
-        largestRead = std::max(largestRead, size);
-        return QBuffer::readData(data, size);
-    }
-};
-
-TEST(VelorDropData, ForeignBytesEndAtTheFirstErrorAndTakeNeitherMemoryNorStack)
+TEST(VelorDropData, ForeignBytesAddItemsUntilTheFirstError)
 {
     constexpr auto Ok = QDataStream::Ok, Short = QDataStream::ReadPastEnd, Bad = QDataStream::ReadCorruptData;
     const QByteArray one = "00000001 00000002", name = "0000000a 00 00000002 0061";
     const QByteArray data = "0000000c 00 00000001 78";
     using Row = std::tuple<const char*, QByteArray, const char*, QDataStream::Status>;
+    const VelorDropData old({{QStringLiteral("o"), "1"}}, VelorDropData::Clip);
     const Row rows[] = {
-        {"nothing", "", "0", Short},
-        {"type cut off", "00000001 0000", "0", Short},
-        {"negative count", "ffffffff 00000002 0000000a", "2", Ok},
-        {"numbers not converted", one + "00000002 00 0000002a 00000001 00 01", "2|42=true", Ok},
-        {"texts not converted", one + data + name, "2|x=a", Ok},
-        {"variants without value", one + "00000000 01 00000000 01", "2|=", Ok},
-        {"count beyond the bytes", "7fffffff 00000003" + name + data, "3|a=x", Short},
-        {"half an item kept", "00000002 00000003" + name + data.chopped(2), "3", Short},
-        {"length beyond the bytes", one + "0000000a 00 7ffffffe 0061", "2", Short},
-        {"list that announces gigabytes", one + "0000000b 00 7fffffff", "2", Bad},
-        {"map", one + "00000008 00 00000000", "2", Bad},
-        {"user type", one + "00010000 00 00000004 466f6f00", "2", Bad},
-        {"unknown type", one + "deadbeef 00", "2", Bad},
-        {"foreign data behind a name", one + name + "00000009 00 00000000", "2", Bad},
-        {"lists as deep as the stack", one + QByteArray("00000009 00 00000001").repeated(100'000), "2", Bad},
+        {"nothing", "", "0|o=1", Short},
+        {"type cut off", "00000001 0000", "0|o=1", Short},
+        {"negative count", "ffffffff 00000002 0000000a", "2|o=1", Ok},
+        {"null data", "00000001 fffffff9" + name + "0000000c 00 ffffffff", "-7|o=1|a=", Ok},
+        {"numbers not converted", one + "00000002 00 0000002a 00000001 00 01", "2|o=1|42=true", Ok},
+        {"texts not converted", one + data + name, "2|o=1|x=a", Ok},
+        {"variants without value", one + "00000000 01 00000000 01", "2|o=1|=", Ok},
+        {"count beyond the bytes", "7fffffff 00000003" + name + data, "3|o=1|a=x", Short},
+        {"half an item kept", "00000002 00000003" + name + data.chopped(2), "3|o=1", Short},
+        {"list that announces gigabytes", one + "0000000b 00 7fffffff", "2|o=1", Bad},
+        {"user type", one + "00010000 00 00000004 466f6f00", "2|o=1", Bad},
+        {"foreign data behind a name", one + name + "00000009 00 00000000", "2|o=1", Bad},
+        {"lists as deep as the stack", one + QByteArray("00000009 00 00000001").repeated(100'000), "2|o=1",
+         Bad},
     };
     for (const auto& [fault, hex, payload, status] : rows) {
         SCOPED_TRACE(fault);
-        QByteArray bytes = QByteArray::fromHex(hex);
-        WatchedBuffer device(&bytes);
-        device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-        QDataStream stream(&device);
-        EXPECT_EQ(told(readFrom(stream)), QString::fromLatin1(payload));
+        QDataStream stream(QByteArray::fromHex(hex));
+        EXPECT_EQ(told(readFrom(stream, old)), QString::fromLatin1(payload));
         EXPECT_EQ(stream.status(), status);
-        EXPECT_LE(device.largestRead, 32);
     }
 }
 
@@ -150,23 +115,15 @@ TEST(VelorDropData, MimeDataHoldsThePayloadAndNothingElse)
     EXPECT_EQ(told(VelorDropData(&foreign)), QStringLiteral("0"));
 }
 
-TEST(VelorDropData, OnlyTwoTypesAreClipsOrCategories)
-{
-    for (const int type : {-1, 0, 1, 2, 3, 4}) {
-        VelorDropData payload({}, static_cast<VelorDropData::Type>(type));
-        EXPECT_EQ(payload.isClipOrCategory(), type == 2 || type == 3) << type;
-    }
-}
-
 TEST(VelorDropData, MovedFromHasNoItemsAndKeepsItsType)
 {
     VelorDropData source = FrozenPayload;
     VelorDropData target = std::move(source);
     EXPECT_EQ(told(source), QStringLiteral("3")); // NOLINT(bugprone-use-after-move)
-    source.addItem({QStringLiteral("new"), "1"});
     source = std::move(target);
     EXPECT_EQ(told(target), QStringLiteral("3")); // NOLINT(bugprone-use-after-move)
     EXPECT_EQ(told(source), told(FrozenPayload));
+    EXPECT_TRUE(source.isClipOrCategory() && !VelorDropData().isClipOrCategory());
 }
 
 TEST(VelorDropData, MetaTypeHasTwoNamesAndStreamsButDoesNotCompare)
@@ -182,10 +139,6 @@ TEST(VelorDropData, MetaTypeHasTwoNamesAndStreamsButDoesNotCompare)
     QDataStream out(&bytes, QIODevice::WriteOnly);
     ASSERT_TRUE(type.save(out, &FrozenPayload));
     EXPECT_EQ(bytes, Frozen);
-    VelorDropData read;
-    QDataStream in(bytes);
-    ASSERT_TRUE(type.load(in, &read));
-    EXPECT_EQ(told(read), told(FrozenPayload));
 }
 
 /// Pixmaps need the application object, and every test of them starts with the plus image at hand.
@@ -246,7 +199,6 @@ TEST_F(VelorDropDataPixmap, FirstCardLiesOnTopAndThePlusLast)
                  {{70, 50}, Red},   // and is not stretched over the plus card
                  {{139, 99}, Red},
                  {{0, 50}, Transparent}});
-    EXPECT_EQ(cards.size(), 2);
 }
 
 TEST_F(VelorDropDataPixmap, ASingleCardHasNoSlotAroundIt)
