@@ -83,7 +83,7 @@ POINTS = [[single(F(c)) for c in row] for row in
           (("0.1", "1.3", "-4.9", "5.6"), ("-0.2", "2.7", "3.3", "-7.1"), ("0.3", "-1.1", "2.2", "0.9"))]
 
 print("// t, then bezierCubic2D, bezierCubicTangent2D, z of bezierCubic3D, catmullRom3D, derivCatmullRom3D")
-for text in ("0", "1", "0.1", "0.7", "-0.5", "1.7", "1e-9", "30000.7"):
+for text in ("0", "1", "0.7", "1.7", "30000.7"):
     t = single(F(text))
     xs, ys, zs = POINTS
     values = [weighted_sum(bezier_weights(t), xs), weighted_sum(bezier_weights(t), ys), *tangent(t, xs, ys),
@@ -103,7 +103,7 @@ def m(text):
 
 
 print("// easeInEaseOut: t, exponent, value")
-for t, e in (("0.25", "2"), ("0.1", "3"), ("0.9", "0.5"), ("0.01", "2.5"), ("1.5", "2")):
+for t, e in (("0.25", "2"), ("0.9", "0.5"), ("0.01", "2.5"), ("1.5", "2")):
     a, b = m(t) ** m(e), (1 - m(t)) ** m(e)
     print("{%sF, %sF, %s}," % (t, e, number(a / (a + b))))
 print("// cardioid2D around (1, -2), scale 1.5: angle, x, y")
