@@ -33,6 +33,13 @@ QList<Node> chain(int levels)
     return nodes;
 }
 
+/// A value whose end calls back, which no lock may turn into a wait for ever.
+QVariant callBack(const QString& name)
+{
+    const auto call = [name](void*) { VelorDebugTrace::factory(u"shared"_s).getMetadata(name); };
+    return QVariant::fromValue(std::shared_ptr<void>(nullptr, call));
+}
+
 TEST(VelorDebugTrace, ThreadsMakeFindAndReleaseTracesAtOnce)
 {
     VelorDebugTrace& shared = VelorDebugTrace::factory(u"shared"_s);
@@ -44,10 +51,12 @@ TEST(VelorDebugTrace, ThreadsMakeFindAndReleaseTracesAtOnce)
                 shared.getBaseNode(own, own);
                 EXPECT_EQ(shared.getBaseNode(u"common"_s, own), common);
                 shared.removeBaseNode(own);
+                shared.addMetadata(own, callBack(own));
                 shared.addMetadata(own, i);
                 EXPECT_EQ(shared.getMetadata(own), i);
                 VelorDebugTrace& trace = VelorDebugTrace::factory(own);
                 EXPECT_EQ(trace.lastBaseNode(), nullptr);
+                trace.addMetadata(own, callBack(own));
                 const Node root = trace.getBaseNode(own, own);
                 root->addGroup(own, own);
                 root->clear();
@@ -70,6 +79,20 @@ TEST(VelorDebugTrace, ATreeGoesByClearAndNotByRelease)
     ASSERT_FALSE(end.isNull() || leaf.isNull());
     plain->clear(); // only its children own it by now
     EXPECT_TRUE(end.isNull() && leaf.isNull());
+}
+
+TEST(VelorDebugTraceNode, NeitherAPlainCopyNorADisabledNodeBecomesAParent)
+{
+    Node root = Node::create(u"root"_s, QString());
+    const WeakNode end = root;
+    const Node child = root->addGroup(u"child"_s, QString());
+    VelorDebugTraceNode copy(*root);
+    copy.addChild(child);
+    root->setDebugEnabled(false);
+    child->setParent(root);
+    root.reset();
+    EXPECT_TRUE(end.isNull()) << "the child holds a parent";
+    EXPECT_EQ(copy.getChild(u"child"_s), child);
 }
 
 TEST(VelorDebugTraceNode, WritesTheTreeInTheOrderOfNames)
@@ -119,6 +142,7 @@ TEST(VelorDebugTraceNode, TellsAFileThatCannotBeOpenedButNotAFullDisk)
     const Node node = Node::create(u"n"_s, QString());
     ASSERT_TRUE(node->saveToFile(folder.path(u"."_s), u"file"_s));
     EXPECT_FALSE(node->saveToFile(folder.path(u"file"_s), QString())) << "folder is a file";
+    EXPECT_FALSE(node->saveToFile(folder.path(u"file/sub"_s), QString())) << "folder cannot be made";
     EXPECT_FALSE(node->saveToFile(folder.path(u"."_s), u"."_s)) << "file is a folder";
     EXPECT_TRUE(!QFile::exists(u"/dev/full"_s) || node->saveToFile(u"/dev"_s, u"full"_s));
 }

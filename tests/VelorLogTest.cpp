@@ -218,6 +218,24 @@ TEST_F(VelorLogTest, TheTimeStampFollowsTheLocalClock)
     EXPECT_EQ(withoutDigits(textOf(log.getName())), "##:##:## - [ERROR] - text\n");
 }
 
+TEST_F(VelorLogTest, AMessageIsOneSystemCallForEachOutput)
+{
+    const auto writeCalls = [] {
+        const std::string counters = fileBytes(std::string("/proc/self/io"));
+        const std::size_t found = counters.find("syscw: ");
+        return found == std::string::npos ? -1 : std::stoi(counters.substr(found + 7));
+    };
+    if (writeCalls() < 0) {
+        GTEST_SKIP() << "this system does not count the write calls of a process";
+    }
+    said([&](VelorLog& log) {
+        const int before = writeCalls();
+        log.logMessage("to standard error");
+        log.logMessage("to standard output", VelorLog::Error);
+        EXPECT_EQ(writeCalls() - before, 4);
+    });
+}
+
 TEST_F(VelorLogTest, MessagesOfManyThreadsStayWholeAndOneNameIsOneLog)
 {
     std::atomic<VelorLog*> seen = nullptr;

@@ -7,6 +7,11 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
+
+#if __has_include(<sys/resource.h>)
+#include <sys/resource.h>
+#endif
 
 namespace {
 
@@ -202,6 +207,20 @@ TEST(VelorMath, TurningCurveKeepsItsEdges)
     ASSERT_EQ(undefined.size(), 1);
     EXPECT_TRUE(std::isnan(undefined[0].position.x) && std::isnan(undefined[0].tangent.y));
 }
+
+#if __has_include(<sys/resource.h>) && !defined(VELOR_SANITIZED)
+TEST(VelorMath, TwoBillionSegmentsFailAsMemoryFails)
+{
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit eightGigabytes{rlim_t(8) << 30, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &eightGigabytes), 0);
+    for (const int segments : {2000000000, std::numeric_limits<int>::max()}) {
+        EXPECT_THROW(VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 3, segments), std::bad_alloc);
+    }
+    EXPECT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+}
+#endif
 
 TEST(VelorMath, PlotHasItsLines)
 {
