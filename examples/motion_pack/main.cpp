@@ -14,6 +14,7 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
