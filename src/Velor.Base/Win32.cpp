@@ -179,6 +179,9 @@ pid_t spawn(std::vector<const char*> arguments)
 
 bool isNumber(const std::string& text) { return std::all_of(text.begin(), text.end(), isdigit); }
 
+/// What the system puts behind the name of a running program's file that was removed or replaced.
+constexpr std::string_view DeletedMark = " (deleted)";
+
 /// The file name of the program that `/proc/ID` runs: of its file, else of its command line, which both may
 /// be hidden, else the name that the system keeps, cut to 15 characters.
 std::string programName(const std::filesystem::path& process)
@@ -186,7 +189,8 @@ std::string programName(const std::filesystem::path& process)
     std::error_code error;
     const auto file = std::filesystem::read_symlink(process / "exe", error);
     if (!error) {
-        return file.filename();
+        const std::string name = file.filename();
+        return name.substr(0, name.size() - (name.ends_with(DeletedMark) ? DeletedMark.size() : 0));
     }
     std::string line;
     std::getline(std::ifstream(process / "cmdline"), line, '\0');
