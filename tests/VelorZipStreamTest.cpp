@@ -56,15 +56,25 @@ struct VelorZipStreamTest : testing::Test
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
     }
-};
 
-struct Opened : VelorZipStream
-{
-    using VelorZipStream::canCompress;
-    using VelorZipStream::VelorZipStream;
-};
+    void expectInert(VelorZipStream& zip)
+    {
+        EXPECT_FALSE(zip.addFile(q("later"), "x", 1));
+        EXPECT_FALSE(zip.addFolderEntry(q("later")));
+        EXPECT_FALSE(zip.addFolder(root, true));
+    }
 
-static_assert(!std::is_copy_constructible_v<VelorZipStream> && !std::is_copy_assignable_v<VelorZipStream>);
+    /// Packs, whatever happens; whether every add operation returned true.
+    bool pack(int folderEntries)
+    {
+        VelorZipStream zip(archive);
+        bool isGood = zip.addFile(q("memory.txt"), "memory", 6) && zip.addFolder(root, true);
+        for (int i = 0; i < folderEntries; ++i) {
+            isGood = zip.addFolderEntry(QString::number(i).leftJustified(250, u'n')) && isGood;
+        }
+        return isGood;
+    }
+};
 
 struct Name
 {
@@ -80,18 +90,18 @@ const Name Names[] = {
     {"letters beyond ASCII", "\xC3\x84/\xC3\x84\xF0\x9F\x92\x83.txt",
      "\xC3\xA4/\xC3\x84\xF0\x9F\x92\x83.txt"},
     {"leading separator", "/Hero.txt", nullptr},
-    {"drive", "c:\\Hero.txt", nullptr},
     {"colon behind one letter", "a:b.txt", nullptr},
     {"way out of the target folder", "a/../../Hero.txt", nullptr},
-    {"home folder unfolded into the name", "~/Hero.txt", nullptr},
     {"empty name", "", nullptr},
 };
 
 TEST_F(VelorZipStreamTest, NamesAreTheSameOnEverySystemAndRejectedOnesRaise)
 {
-    std::vector<std::string> records;
+    std::vector<std::string> records = {"foo/ 0", "foo/bar/ 0"};
     {
         VelorZipStream zip(archive);
+        EXPECT_TRUE(zip.addFolderEntry(q("Foo\\Bar/")));
+        EXPECT_TRUE(zip.addFolderEntry(q("FOO")));
         for (const Name& name : Names) {
             if (name.entry == nullptr) {
                 EXPECT_THROW(zip.addFile(q(name.given), "x", 1), Poco::Exception) << name.fault;
@@ -103,31 +113,9 @@ TEST_F(VelorZipStreamTest, NamesAreTheSameOnEverySystemAndRejectedOnesRaise)
         }
         EXPECT_TRUE(zip.hasFile(q("a\\B/C.txt")));
     }
-    EXPECT_THAT(read(archive), testing::IsSupersetOf(records));
-}
-
-TEST_F(VelorZipStreamTest, NameLongerThanARecordHoldsFailsInsteadOfBeingCut)
-{
-    EXPECT_FALSE(VelorZipStream(archive).addFile(QString(65536, u'n'), "x", 1));
-    EXPECT_FALSE(QFile::exists(archive));
-}
-
-TEST_F(VelorZipStreamTest, FolderEntriesStandOnceAndWithTheirParents)
-{
-    {
-        VelorZipStream zip(archive);
-        EXPECT_TRUE(zip.addFolderEntry(q("Foo\\Bar/")));
-        EXPECT_TRUE(zip.addFolderEntry(q("FOO")));
-    }
-    EXPECT_THAT(read(archive), ElementsAre("foo/ 0", "foo/bar/ 0"));
-}
-
-TEST_F(VelorZipStreamTest, SizesOfFilesHaveSixtyFourBits)
-{
-    EXPECT_TRUE(VelorZipStream(archive).addFile(q("a"), "x", 1));
-    QFile file(archive);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.read(6), QByteArray("PK\3\4\x2D\0", 6)) << "version 4.5, which is that of ZIP64";
+    const auto found = read(archive);
+    EXPECT_THAT(found, testing::IsSupersetOf(records));
+    EXPECT_EQ(std::count(found.begin(), found.end(), "foo/ 0"), 1);
 }
 
 TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMustNotPack)
@@ -135,17 +123,23 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
     for (const char* name : {"a.txt", "no dot", ".hidden.txt", "skip.TMP", "Sub/b.txt", "Sub/Deep/C.PNG"}) {
         put(name);
     }
+    struct : VelorPercentListener
+    {
+        std::vector<int> heard;
+        void onPercent(int percent) override { heard.push_back(percent); }
+    } listener;
     QFile::link(root, root + q("/Sub/loop"));
     QFile::link(q("nowhere.txt"), root + q("/dangling.txt"));
     archive = root + q("/own.zip");
     {
         VelorZipStream zip(archive);
         std::filesystem::create_hard_link(archive.toStdString(), (root + q("/own link.zip")).toStdString());
-        EXPECT_TRUE(zip.addFolder(root, true, {q("*.tmp")}));
+        EXPECT_TRUE(zip.addFolder(root, true, {q("*.tmp")}, &listener, 100));
         EXPECT_TRUE(zip.hasFile(q("sub/deep/C.PNG")));
         EXPECT_FALSE(zip.hasFile(q("Sub/Deep/C.PNG")));
         EXPECT_FALSE(zip.hasFile(q("sub/")));
     }
+    EXPECT_THAT(listener.heard, ElementsAre(33, 66, 100));
     const auto records = read(archive);
     EXPECT_THAT(records, UnorderedElementsAre("sub/ 0", "sub/deep/ 0", "sub/loop/ 0", "a.txt 8 x",
                                               "sub/b.txt 8 x", "sub/deep/C.PNG 0 x"));
@@ -155,32 +149,12 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
     EXPECT_THAT(read(archive), UnorderedElementsAre("sub/ 0", "a.txt 8 x", "skip.TMP 8 x"));
 }
 
-TEST_F(VelorZipStreamTest, ListenerHearsTruncatedPercentOfFilesAlone)
-{
-    struct : VelorPercentListener
-    {
-        std::vector<int> heard;
-        void onPercent(int percent) override { heard.push_back(percent); }
-    } listener;
-    VelorZipStream zip(archive);
-    QDir().mkpath(root + q("/empty"));
-    EXPECT_TRUE(zip.addFolder(root, true, {}, &listener, 100));
-    EXPECT_THAT(listener.heard, ElementsAre());
-    for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
-        put(name);
-    }
-    EXPECT_TRUE(zip.addFolder(root, true, {}, &listener, 100));
-    EXPECT_THAT(listener.heard, ElementsAre(33, 66, 100));
-}
-
 TEST_F(VelorZipStreamTest, StoreExtensionsReplaceTheDefaultAndHoldForLaterEntries)
 {
     {
-        Opened zip(archive);
+        VelorZipStream zip(archive);
         EXPECT_TRUE(zip.addFile(q("1.png"), "x", 1) && zip.addFile(q("1.gz"), "x", 1));
-        EXPECT_TRUE(zip.canCompress(q("1.png")));
         zip.addUncompressedExtension(q("a/b.tar.GZ"));
-        EXPECT_FALSE(zip.canCompress(q("gz")));
         EXPECT_TRUE(zip.addFile(q("2.png"), "x", 1) && zip.addFile(q("2.GZ"), "x", 1));
         EXPECT_TRUE(zip.addFile(q("empty.txt"), nullptr, 0));
     }
@@ -188,7 +162,7 @@ TEST_F(VelorZipStreamTest, StoreExtensionsReplaceTheDefaultAndHoldForLaterEntrie
                 UnorderedElementsAre("1.png 0 x", "1.gz 8 x", "2.png 8 x", "2.GZ 0 x", "empty.txt 0"));
 }
 
-TEST_F(VelorZipStreamTest, UnreadableInputLosesTheArchiveForGood)
+TEST_F(VelorZipStreamTest, InputThatCannotBePackedLosesTheArchiveForGood)
 {
     put("good.txt");
     for (const QString& input : {root + q("/missing"), root, archive, q("/proc/self/mem")}) {
@@ -199,13 +173,12 @@ TEST_F(VelorZipStreamTest, UnreadableInputLosesTheArchiveForGood)
             EXPECT_FALSE(zip.addFile(q("bad"), input));
             EXPECT_FALSE(zip.hasFile(q("bad")));
             EXPECT_TRUE(zip.isOpen());
-            EXPECT_FALSE(zip.addFile(q("later"), "x", 1));
-            EXPECT_FALSE(zip.addFile(q("a:b"), root + q("/good.txt")));
-            EXPECT_FALSE(zip.addFolderEntry(q("later")));
-            EXPECT_FALSE(zip.addFolder(root, true));
+            expectInert(zip);
         }
         EXPECT_FALSE(QFile::exists(archive));
     }
+    EXPECT_FALSE(VelorZipStream(archive).addFile(QString(65536, u'n'), "x", 1)) << "the name was cut";
+    EXPECT_FALSE(QFile::exists(archive));
 }
 
 TEST_F(VelorZipStreamTest, ArchiveThatCannotBeCreatedIsInert)
@@ -214,80 +187,56 @@ TEST_F(VelorZipStreamTest, ArchiveThatCannotBeCreatedIsInert)
     for (const QString& path : {root, root + q("/missing/out.zip"), QString()}) {
         VelorZipStream zip(path);
         EXPECT_FALSE(zip.isOpen());
-        EXPECT_FALSE(zip.addFile(q("a"), "x", 1));
-        EXPECT_FALSE(zip.addFolderEntry(q("a")));
-        EXPECT_FALSE(zip.addFolder(root, true));
+        expectInert(zip);
         zip.addUncompressedExtension(q("txt"));
     }
-    EXPECT_TRUE(QFile::exists(root + q("/a.txt")));
-}
-
-/// Packs, whatever happens; whether every add operation returned true.
-bool pack(const QString& archive, const QString& folder, int folderEntries)
-{
-    VelorZipStream zip(archive);
-    bool isGood = zip.addFile(q("memory.txt"), "memory", 6) && zip.addFolder(folder, true);
-    for (int i = 0; i < folderEntries; ++i) {
-        isGood = zip.addFolderEntry(QString::number(i).leftJustified(250, u'n')) && isGood;
-    }
-    return isGood;
 }
 
 // Where a process can limit the size of its files.
 #if __has_include(<sys/resource.h>)
 
-/// While it lives, no file of this process grows beyond `bytes`: a disk that is full at that point.
-struct FullDisk
-{
-    explicit FullDisk(qint64 bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &former);
-        const rlimit limited = {static_cast<rlim_t>(bytes), former.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &former); }
-    rlimit former = {};
-};
-
 TEST_F(VelorZipStreamTest, DiskThatFillsAtAnyByteLeavesNoArchiveAndNoException)
 {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const auto packOnto = [&](qint64 freeBytes, int folderEntries) {
+        rlimit former = {};
+        getrlimit(RLIMIT_FSIZE, &former);
+        const rlimit limited = {static_cast<rlim_t>(freeBytes), former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+        bool isGood = false;
+        EXPECT_NO_THROW(isGood = pack(folderEntries)) << freeBytes;
+        setrlimit(RLIMIT_FSIZE, &former);
+        return isGood;
+    };
+    EXPECT_TRUE(pack(5000));
+    const qint64 sizeBeyondTheBuffer = QFileInfo(archive).size();
+    for (const qint64 share : {1, 2, 3, 4}) {
+        packOnto(sizeBeyondTheBuffer * share / 4 - 1, 5000);
+        EXPECT_FALSE(QFile::exists(archive)) << share;
+    }
     put("Clips/walk.csv", "0.25,0.5,0.75");
     put("Clips/cover.png", QByteArray(3000, 'p'));
-    put("notes.txt", "notes");
-    EXPECT_TRUE(pack(archive, root, 0));
+    EXPECT_TRUE(pack(0));
     const qint64 size = QFileInfo(archive).size();
     int lostAtTheEnd = 0;
     for (qint64 limit = 0; limit <= size; ++limit) {
-        bool isGood = false;
-        {
-            const FullDisk disk(limit);
-            EXPECT_NO_THROW(isGood = pack(archive, root, 0)) << limit;
-        }
+        const bool isGood = packOnto(limit, 0);
         ASSERT_EQ(QFile::exists(archive), limit == size) << limit;
         EXPECT_TRUE(limit > 0 || !isGood) << "a seek that failed was taken for success";
         lostAtTheEnd += isGood && limit < size ? 1 : 0;
     }
     EXPECT_GT(lostAtTheEnd, 0) << "no limit reached the finishing of the archive";
-    EXPECT_THAT(read(archive), testing::SizeIs(5));
-}
-
-TEST_F(VelorZipStreamTest, DiskThatFillsInADirectoryBeyondTheBufferLeavesNoArchive)
-{
-    EXPECT_TRUE(pack(archive, root, 5000));
-    const qint64 size = QFileInfo(archive).size();
-    for (const qint64 share : {1, 2, 3, 4}) {
-        const FullDisk disk(size * share / 4 - 1);
-        EXPECT_NO_THROW(pack(archive, root, 5000));
-        EXPECT_FALSE(QFile::exists(archive)) << share;
-    }
+    EXPECT_THAT(read(archive), testing::SizeIs(4));
 }
 
 #endif
 
-TEST_F(VelorZipStreamTest, EntriesAreNotCountedInSixteenBits)
+TEST_F(VelorZipStreamTest, NeitherEntriesNorBytesAreCountedAsInOldArchives)
 {
-    EXPECT_TRUE(pack(archive, root, 0x10000));
+    EXPECT_TRUE(pack(0x10000));
+    QFile file(archive);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.read(6), QByteArray("PK\3\4\x2D\0", 6)) << "version 4.5, which is that of ZIP64";
     EXPECT_THAT(read(archive), testing::SizeIs(0x10001));
 }
 
