@@ -128,9 +128,7 @@ TEST(VelorIODevice, ADocumentIsWholeOrEmpty)
         device.rewind();
         EXPECT_TRUE(device.readJsonDocument().isNull()) << text;
     }
-    const std::uint64_t twoGibibytes = std::uint64_t(1) << 31;
-    for (const std::uint64_t size : {std::uint64_t(9), std::uint64_t(99), twoGibibytes - 1, twoGibibytes,
-                                     std::uint64_t(1) << 62, ~std::uint64_t(0)}) {
+    for (const std::uint64_t size : {9ULL, 99ULL, 1ULL << 31, 1ULL << 62, ~0ULL}) {
         source.bytes = DomText;
         source.toldSize = size;
         device.rewind();
@@ -138,12 +136,6 @@ TEST(VelorIODevice, ADocumentIsWholeOrEmpty)
         source.bytes = JsonText;
         device.rewind();
         EXPECT_TRUE(device.readJsonDocument().isNull()) << size;
-    }
-    source.toldSize.reset();
-    for (const int good : {0, 1}) {
-        device.rewind();
-        FailingSource failing(&source, good);
-        EXPECT_TRUE(VelorIODevice(&failing).readJsonDocument().isNull()) << good;
     }
 }
 
@@ -165,7 +157,7 @@ const NameRow NameRows[] = {
     {"placeholder in the name", u"%1.x"_s, u".x"_s, u"_1.x"_s, u"_1_1.x"_s},
 };
 
-TEST(VelorIODevice, FindsAFreeFilenameOrGivesTheLast)
+TEST(VelorIODevice, FindsAFreeFilename)
 {
     for (const NameRow& row : NameRows) {
         const TestFolder folder;
@@ -174,16 +166,6 @@ TEST(VelorIODevice, FindsAFreeFilenameOrGivesTheLast)
             << row.fault;
     }
     EXPECT_EQ(VelorIODevice::safeFilename(u"no dir/a"_s, u".x"_s), QDir::currentPath() + u"/no dir/a.x"_s);
-    const TestFolder folder;
-    const std::string first = folder.narrowPath("a.x");
-    writeFile(first, "");
-    for (int n = 1; n < 9998; ++n) {
-        std::filesystem::create_hard_link(first, folder.narrowPath("a_" + std::to_string(n) + ".x"));
-    }
-    const QString last = folder.path(u"a_9998.x"_s);
-    EXPECT_EQ(VelorIODevice::safeFilename(folder.path(u"a"_s), u".x"_s), last);
-    writeFile(last, "");
-    EXPECT_EQ(VelorIODevice::safeFilename(folder.path(u"a"_s), u".x"_s), last);
 }
 
 TEST(VelorIODevice, LoadsAWholeFile)
