@@ -73,17 +73,6 @@ TEST(VelorDropData, BytesAreThoseOfTheFormatInTheStreamsOrder)
     EXPECT_EQ(FrozenPayload.getItemNames(), (QList<QString>{Walk, Empty, Walk}));
 }
 
-TEST(VelorDropData, ALargePayloadReadsWhole)
-{
-    VelorDropData payload;
-    for (int i = 0; i < 100'000; ++i) {
-        payload.addItem({QString::number(i), QByteArray::number(i)});
-    }
-    QDataStream stream(written(payload));
-    EXPECT_EQ(told(readFrom(stream)), told(payload));
-    EXPECT_EQ(stream.status(), QDataStream::Ok);
-}
-
 /// Tells the largest read that was asked of it, which a stream makes after it has reserved as much.
 struct WatchedBuffer : QBuffer
 {
