@@ -46,7 +46,7 @@ std::vector<std::string> read(const QString& archive)
 struct VelorZipStreamTest : testing::Test
 {
     QTemporaryDir temporary;
-    QString archive = temporary.filePath(q("out.zip"));
+    QString archive = temporary.filePath(q("\xC3\x84 \xF0\x9F\x92\x83.zip"));
     QString root = temporary.filePath(q("root"));
 
     void put(const char* relative, const QByteArray& content = "x")
@@ -238,20 +238,6 @@ TEST_F(VelorZipStreamTest, NeitherEntriesNorBytesAreCountedAsInOldArchives)
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.read(6), QByteArray("PK\3\4\x2D\0", 6)) << "version 4.5, which is that of ZIP64";
     EXPECT_THAT(read(archive), testing::SizeIs(0x10001));
-}
-
-TEST_F(VelorZipStreamTest, PathsThatTheFormsRewriteStillOpen)
-{
-    QDir().mkpath(root + q("/c:"));
-    const QString former = QDir::currentPath();
-    QDir::setCurrent(root);
-    for (const QString& path : {u'/' + root + q("/x.zip"), q("c:/x.zip"), q("a:b.zip"),
-                                q("\xF0\x9F\x92\x83.zip"), QString(255, u'n')}) {
-        EXPECT_TRUE(VelorZipStream(path).addFile(q("a"), "x", 1)) << path.toStdString();
-        EXPECT_THAT(read(QDir(root).absoluteFilePath(path)), ElementsAre("a 8 x")) << path.toStdString();
-        EXPECT_TRUE(VelorZipStream(archive).addFile(q("b"), path)) << path.toStdString();
-    }
-    QDir::setCurrent(former);
 }
 
 } // namespace
