@@ -48,7 +48,7 @@ public:
 
     QString pictureFile(const char* option)
     {
-        const QString name = text(option);
+        QString name = text(option);
         if (!name.endsWith(QLatin1String(".svg")) && !name.endsWith(QLatin1String(".png"))) {
             complain(option, "a file name that ends in .svg or .png");
         }

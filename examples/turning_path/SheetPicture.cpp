@@ -18,9 +18,11 @@ QRectF cellPlace(int index)
     const QSizeF all = QSizeF(SheetPictureSize) - QSizeF(2 * Margin, 2 * Margin + TitleHeight);
     const QSizeF cell((all.width() - Gap * (Columns - 1)) / Columns,
                       (all.height() - Gap * (Rows - 1)) / Rows);
-    return {QPointF(Margin + index % Columns * (cell.width() + Gap),
-                    Margin + TitleHeight + index / Columns * (cell.height() + Gap)),
-            cell};
+    const int row = index / Columns;
+    const int column = index % Columns;
+    return {
+        QPointF(Margin + column * (cell.width() + Gap), Margin + TitleHeight + row * (cell.height() + Gap)),
+        cell};
 }
 
 /// The part of a cell that its path is drawn in.

@@ -183,7 +183,8 @@ bool isNumber(const std::string& text) { return std::all_of(text.begin(), text.e
 constexpr std::string_view DeletedMark = " (deleted)";
 
 /// The file name of the program that `/proc/ID` runs: of its file, else of its command line, which both may
-/// be hidden, else the name that the system keeps, cut to 15 characters.
+/// be hidden, else the name that the system keeps, cut to 15 characters. A process that has ended and waits
+/// to be collected runs none.
 std::string programName(const std::filesystem::path& process)
 {
     std::error_code error;
@@ -191,6 +192,9 @@ std::string programName(const std::filesystem::path& process)
     if (!error) {
         const std::string name = file.filename();
         return name.substr(0, name.size() - (name.ends_with(DeletedMark) ? DeletedMark.size() : 0));
+    }
+    if (error == std::errc::no_such_file_or_directory) {
+        return {};
     }
     std::string line;
     std::getline(std::ifstream(process / "cmdline"), line, '\0');
