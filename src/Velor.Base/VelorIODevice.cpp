@@ -17,7 +17,7 @@ constexpr int MaxFilenames = 9999;
 
 /// How much is asked for at once. A source that announces more than it has costs this much memory, and not
 /// what it announces.
-constexpr qsizetype ReadBlock = 16 * 1024 * 1024;
+constexpr qsizetype ReadBlock = qsizetype(16) * 1024 * 1024;
 
 bool writeBytes(KelbIOSource& source, const QByteArray& bytes, std::uint64_t count)
 {
