@@ -9,10 +9,9 @@ import sys
 CLASSES = ["VelorLog", "VelorLogManager", "LogListener", "VelorDebugTrace", "VelorDebugTraceNode",
            "KelbDataStream", "VelorIODevice", "VelorFile", "VelorXxHash", "VelorZipStream", "VelorMath",
            "VelorRandom", "VelorRandomFixed", "KelbTags", "VelorCategoryTags", "KelbSynonym", "KelbSynonyms",
-           "VelorVersion", "VelorWildcard", "VelorDropData"]
-# Header-only records and interfaces: what the compiler makes of them may stand in the library, but need not.
-INLINE = ["VelorCurveKnot", "DoubleMinMax", "VelorPercentListener", "VelorProgressListener",
-          "VelorDebugGenericNode<void>"]
+           "VelorVersion", "VelorWildcard", "VelorDropData", "VelorPercentListener", "VelorProgressListener"]
+# Header-only classes: what the compiler makes of them may stand in the library, but need not.
+INLINE = ["VelorCurveKnot", "DoubleMinMax", "VelorDebugGenericNode<void>"]
 # A caller derives from these and casts to them, but links none of their functions.
 TYPES_ONLY = ["KelbIOSource", "KelbIODevice", "KelbFile", "KelbBase::IDataStream"]
 
