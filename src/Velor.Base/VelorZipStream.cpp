@@ -63,13 +63,6 @@ bool isReadable(std::ifstream& input)
     return isRead;
 }
 
-bool isEmpty(std::istream& input)
-{
-    const bool isAtEnd = input.peek() == std::istream::traits_type::eof();
-    input.clear();
-    return isAtEnd;
-}
-
 QString withLowerCaseFolder(const QString& name)
 {
     const qsizetype backslash = name.lastIndexOf(u'\\');
@@ -229,15 +222,14 @@ bool VelorZipStream::write(const QString& entry, const Call& call)
 bool VelorZipStream::addEntry(const QString& name, std::istream& input)
 {
     const QString entry = withLowerCaseFolder(name);
-    const bool wasEmpty = isEmpty(input);
     const bool isWritten = write(entry, [&](const Poco::Path& path) {
         mCompress->addFile(input, Poco::DateTime(), path, ZipCommon::CM_AUTO, ZipCommon::CL_MAXIMUM);
     });
     if (!isWritten) {
         return false;
     }
-    // The zip library takes an input that fails, or in which it cannot seek, for one that ends there.
-    if (!wasEmpty && (input.bad() || !input.eof())) {
+    // The zip library takes an input that fails for one that ends there.
+    if (input.bad() || !input.eof()) {
         return fail();
     }
     mFiles.append(entry);
