@@ -85,15 +85,10 @@ TEST(VelorRandom, StartsOverWhenCopiedMovedAndSeeded)
 
 TEST(VelorRandom, SeedsByTheSecondsOfTheClock)
 {
-    const auto before = std::time(nullptr);
+    const auto before = static_cast<int>(std::time(nullptr));
     VelorRandom random;
-    const auto after = std::time(nullptr);
-    bool found = false;
-    for (auto second = before; second <= after; ++second) {
-        random.startToSeed();
-        found = found || startsAt(random, static_cast<int>(second));
-    }
-    EXPECT_TRUE(found);
+    const auto after = static_cast<int>(std::time(nullptr));
+    EXPECT_TRUE(startsAt(random, before) || (random.startToSeed(), startsAt(random, after)));
 }
 
 TEST(VelorRandomFixed, StandsStill)

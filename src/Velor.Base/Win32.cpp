@@ -281,7 +281,7 @@ HWND addWindow(Window window)
     return handle;
 }
 
-HWND addControl(HWND dialog, int id, const RECT& bounds, const char* text = "")
+HWND addControl(HWND dialog, int id, const RECT& bounds, const std::string& text = {})
 {
     const RECT& outer = find(dialog)->bounds;
     const RECT onDesktop = {outer.left + bounds.left, outer.top + bounds.top, outer.left + bounds.right,
@@ -306,6 +306,8 @@ ATOM registerClass(const char* name, WNDPROC procedure)
     }
     return static_cast<ATOM>(desktop().classes.size());
 }
+
+std::string textOrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 bool isInside(HWND window, HWND outer)
 {
@@ -482,18 +484,13 @@ HWND CreateWindowExA(DWORD, const char* className, const char* title, DWORD styl
     if (parent != nullptr && find(parent) == nullptr) {
         return nullptr;
     }
-    const auto procedure = desktop().classes.find(className != nullptr ? className : "");
+    const auto procedure = desktop().classes.find(textOrEmpty(className));
     if (procedure == desktop().classes.end()) {
         lastError = ErrorUnknownClass;
         return nullptr;
     }
-    return addWindow({procedure->second,
-                      nullptr,
-                      parent,
-                      style,
-                      0,
-                      {x, y, x + width, y + height},
-                      title != nullptr ? title : ""});
+    return addWindow(
+        {procedure->second, nullptr, parent, style, 0, {x, y, x + width, y + height}, textOrEmpty(title)});
 }
 
 BOOL DestroyWindow(HWND window)
@@ -653,11 +650,12 @@ LRESULT DispatchMessageA(const MSG* message)
 int MessageBoxA(HWND, const char* text, const char* caption, UINT)
 {
     constexpr int TextId = 0xFFFF;
-    const HWND box = addWindow({dialogWindowProc, nullptr, nullptr, WS_POPUP | WS_VISIBLE, 0, {}, caption});
+    const HWND box =
+        addWindow({dialogWindowProc, nullptr, nullptr, WS_POPUP | WS_VISIBLE, 0, {}, textOrEmpty(caption)});
     if (box == nullptr) {
         return 0;
     }
-    addControl(box, TextId, {}, text);
+    addControl(box, TextId, {}, textOrEmpty(text));
     callHooks(HCBT_ACTIVATE, box);
     DestroyWindow(box);
     return IDOK;
@@ -720,7 +718,7 @@ BOOL SetDlgItemTextA(HWND dialog, int id, const char* text)
     if (control == nullptr) {
         return FALSE;
     }
-    find(control)->text = text;
+    find(control)->text = textOrEmpty(text);
     return TRUE;
 }
 
