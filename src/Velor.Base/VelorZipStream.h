@@ -89,8 +89,8 @@ public:
 
     /// Adds the file at `diskPath` as the entry `name`, whose folders are put in lower case: the part before
     /// the last backslash, or before the last slash if there is no backslash. A file that cannot be read to
-    /// its end, and the archive itself, make the archive bad: a caller that wants to go on without a missing
-    /// file must look before adding it.
+    /// its end, one that delivers less than its size at opening, and the archive itself make the archive bad:
+    /// a caller that wants to go on without a missing file must look before adding it.
     bool addFile(const QString& name, const QString& diskPath);
 
     /// Adds `size` bytes at `data`, which may be null for none.
