@@ -98,11 +98,11 @@ inline std::filesystem::path filePath(const std::string& path)
 class TestFolder
 {
 public:
-    TestFolder()
+    explicit TestFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
     {
         std::random_device random;
         do {
-            mFolder = std::filesystem::temp_directory_path() / ("velor-test-" + std::to_string(random()));
+            mFolder = parent / ("velor-test-" + std::to_string(random()));
         } while (!std::filesystem::create_directory(mFolder));
     }
     ~TestFolder()

@@ -161,7 +161,25 @@ DWORD errorOf(int number)
 {
     return number == ENOENT                      ? ErrorFileNotFound
            : number == EACCES || number == EPERM ? ErrorAccessDenied
+           : number == EXDEV                     ? ERROR_NOT_SAME_DEVICE
                                                  : ErrorGeneralFailure;
+}
+
+/// Not every file system can refuse a name that exists; there, nobody else may make it in between.
+bool moveToFreeName(const char* from, const char* to)
+{
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+    struct stat status = {};
+    if (lstat(to, &status) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return errno == ENOENT && std::rename(from, to) == 0;
 }
 
 bool isRunAs(const char* verb) { return verb != nullptr && std::string_view(verb) == "runas"; }
@@ -352,6 +370,13 @@ BOOL SetEndOfFile(HANDLE file)
 
 BOOL CloseHandle(HANDLE handle) { return close(fileDescriptor(handle)) == 0; }
 
+BOOL MoveFileExW(const WCHAR* from, const WCHAR* to, DWORD)
+{
+    const bool isMoved = moveToFreeName(nativePath(from).c_str(), nativePath(to).c_str());
+    lastError = isMoved ? 0 : errorOf(errno);
+    return isMoved;
+}
+
 std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode)
 {
     std::FILE* stream = std::fopen(nativePath(path).c_str(), encodeUtf8(mode).c_str());
@@ -366,6 +391,8 @@ std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode)
 int _fseeki64(std::FILE* stream, std::int64_t offset, int origin) { return fseeko(stream, offset, origin); }
 
 std::int64_t _ftelli64(std::FILE* stream) { return ftello(stream); }
+
+int _commit(int descriptor) { return fsync(descriptor); }
 
 HRESULT WerRegisterFile(const WCHAR*, int, DWORD) { return S_OK; }
 

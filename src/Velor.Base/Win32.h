@@ -16,6 +16,7 @@
 
 #include <direct.h>
 #include <dwmapi.h>
+#include <io.h>
 #include <shellapi.h>
 #include <tlhelp32.h>
 
@@ -168,6 +169,7 @@ constexpr DWORD FILE_SHARE_WRITE = 2;
 constexpr DWORD OPEN_EXISTING = 3;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 constexpr DWORD FILE_BEGIN = 0;
+constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
 constexpr DWORD INFINITE = 0xFFFFFFFF;
 constexpr DWORD TH32CS_SNAPPROCESS = 2;
 constexpr DWORD FORMAT_MESSAGE_ALLOCATE_BUFFER = 0x100;
@@ -216,10 +218,15 @@ BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* newPos
 BOOL SetEndOfFile(HANDLE file);
 BOOL CloseHandle(HANDLE handle);
 
+/// Fails where `to` exists, if only as a dangling link, and across disks. Moves a link itself, and takes no
+/// flags.
+BOOL MoveFileExW(const WCHAR* from, const WCHAR* to, DWORD flags);
+
 /// Like the system that it stands in for, and unlike `fopen`, this opens no directory.
 std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode);
 int _fseeki64(std::FILE* stream, std::int64_t offset, int origin);
 std::int64_t _ftelli64(std::FILE* stream);
+int _commit(int descriptor);
 
 /// There are no crash reports here: nothing is registered.
 HRESULT WerRegisterFile(const WCHAR* file, int type, DWORD flags);
@@ -240,7 +247,7 @@ HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD process);
 BOOL Process32First(HANDLE snapshot, PROCESSENTRY32* entry);
 BOOL Process32Next(HANDLE snapshot, PROCESSENTRY32* entry);
 
-// Only processes and windows tell their last error.
+// Only moved files, processes and windows tell their last error.
 DWORD GetLastError();
 DWORD FormatMessageA(DWORD flags, const void* source, DWORD error, DWORD language, char* buffer, DWORD size,
                      std::va_list* inserts);
