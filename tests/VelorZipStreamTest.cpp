@@ -12,8 +12,11 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <limits>
 #if __has_include(<sys/resource.h>)
 #include <sys/resource.h>
+#include <sys/stat.h>
 #endif
 
 namespace {
@@ -145,7 +148,9 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
                                               "sub/b.txt 8 x", "sub/deep/C.PNG 0 x"));
     EXPECT_TRUE(std::is_partitioned(records.begin(), records.end(),
                                     [](const auto& r) { return r.ends_with("/ 0"); }));
-    EXPECT_TRUE(VelorZipStream(archive).addFolder(root, false));
+    const int largest = std::numeric_limits<int>::max();
+    EXPECT_TRUE(VelorZipStream(archive).addFolder(root, false, {}, &listener, largest));
+    EXPECT_EQ(listener.heard.back(), largest) << "its float is beyond the range of an int";
     EXPECT_THAT(read(archive), UnorderedElementsAre("sub/ 0", "a.txt 8 x", "skip.TMP 8 x"));
 }
 
@@ -196,6 +201,42 @@ TEST_F(VelorZipStreamTest, ArchiveThatCannotBeCreatedIsInert)
 
 // Where a process can limit the size of its files.
 #if __has_include(<sys/resource.h>)
+
+TEST_F(VelorZipStreamTest, PipesDevicesAndLinksToThemStayOutOfAFolder)
+{
+    put("a.txt");
+    mkfifo((root + q("/pipe.txt")).toStdString().c_str(), 0600);
+    int links = 0;
+    for (const char* end : {"pipe.txt", "/dev/zero", "/dev/null", "link 3.txt", "nowhere.txt", "a.txt"}) {
+        QFile::link(q(end), root + q("/link %1.txt").arg(links++));
+    }
+    EXPECT_TRUE(VelorZipStream(archive).addFolder(root, true));
+    EXPECT_THAT(read(archive), UnorderedElementsAre("a.txt 8 x", "link 5.txt 8 x"));
+}
+
+struct LostName
+{
+    const char* name;
+    bool isPackedOtherwise;
+    bool isDirect;
+};
+
+TEST_F(VelorZipStreamTest, FolderWithANameThatIsNoTextIsRefusedIfThatWouldBePacked)
+{
+    for (const auto& [name, isPackedOtherwise, isDirect] :
+         {LostName{"\xFF.txt", true, true}, LostName{"\xC3/a.txt", true, true},
+          LostName{"Sub/Deep/\xE4/a.txt", true, false}, LostName{"Sub/\xED\xA0\x80.txt", true, false},
+          LostName{"no full stop \xFF", false, true}, LostName{".hidden \xFF.txt", false, true}}) {
+        SCOPED_TRACE(name);
+        const std::filesystem::path path = root.toStdString() + '/' + name;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path) << 'x';
+        EXPECT_EQ(VelorZipStream(archive).addFolder(root, true), !isPackedOtherwise);
+        EXPECT_EQ(QFile::exists(archive), !isPackedOtherwise);
+        EXPECT_EQ(VelorZipStream(archive).addFolder(root, false), !isPackedOtherwise || !isDirect);
+        std::filesystem::remove_all(root.toStdString());
+    }
+}
 
 TEST_F(VelorZipStreamTest, FileWithoutASizeIsPackedWhole)
 {

@@ -7,6 +7,7 @@
 #include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QStringView>
 
 #include <Poco/DateTime.h>
 #include <Poco/Exception.h>
@@ -19,6 +20,7 @@
 #include <exception>
 #include <filesystem>
 #include <istream>
+#include <limits>
 #include <streambuf>
 #include <system_error>
 
@@ -174,10 +176,34 @@ QDirIterator::IteratorFlags walkFlags(bool recursive)
                      : QDirIterator::IteratorFlags(QDirIterator::NoIteratorFlags);
 }
 
+bool isHidden(const WideString& name) { return name.front() == '.'; }
+
+bool hasFullStop(const WideString& name) { return name.find(WCHAR('.')) != WideString::npos; }
+
+/// Whether a folder or file directly in `folder` would be packed, had its name a form in UTF-8. Qt passes
+/// over such names, folders with all that they hold.
+bool losesEntries(const QString& folder)
+{
+    std::error_code error;
+    std::error_code ignored;
+    std::filesystem::directory_iterator entry(diskName(folder), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const WideString name = wideName(entry->path().filename());
+        const bool isLost = !QStringView(name).isValidUtf16() && !isHidden(name);
+        if (isLost &&
+            (entry->is_directory(ignored) || (entry->is_regular_file(ignored) && hasFullStop(name)))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 int shareOf(int scale, qsizetype count, qsizetype total)
 {
-    return static_cast<int>(static_cast<float>(count) / static_cast<float>(total) *
-                            static_cast<float>(scale));
+    const float share = static_cast<float>(count) / static_cast<float>(total) * static_cast<float>(scale);
+    // The largest scale itself rounds to a float beyond the range.
+    constexpr int Largest = std::numeric_limits<int>::max();
+    return share < static_cast<float>(Largest) ? static_cast<int>(share) : Largest;
 }
 
 } // namespace
@@ -341,12 +367,21 @@ bool VelorZipStream::addEntry(const QString& name, std::istream& input)
 
 bool VelorZipStream::addSubfolders(const QDir& root, bool recursive)
 {
+    if (losesEntries(root.path())) {
+        return fail();
+    }
     QDirIterator folders(root.path(), {QStringLiteral("*")}, QDir::Dirs, walkFlags(recursive));
     while (folders.hasNext()) {
         const QString path = folders.next();
         const QString name = folders.fileName();
-        const bool isSubfolder = name != QLatin1String(".") && name != QLatin1String("..");
-        if (isSubfolder && !addFolderEntry(root.relativeFilePath(path))) {
+        // The filter lets links to pipes and devices through.
+        if (name == QLatin1String(".") || name == QLatin1String("..") || !folders.fileInfo().isDir()) {
+            continue;
+        }
+        if (recursive && losesEntries(path)) {
+            return fail();
+        }
+        if (!addFolderEntry(root.relativeFilePath(path))) {
             return false;
         }
     }
@@ -360,8 +395,8 @@ QList<QString> VelorZipStream::filesToAdd(const QDir& root, bool recursive,
     QDirIterator files(root.path(), {QStringLiteral("*.*")}, QDir::Files, walkFlags(recursive));
     while (files.hasNext()) {
         const QString path = files.next();
-        if (!VelorWildcard::check(root.relativeFilePath(path), excludes, Qt::CaseInsensitive) &&
-            !isArchive(path)) {
+        if (files.fileInfo().isFile() && !isArchive(path) &&
+            !VelorWildcard::check(root.relativeFilePath(path), excludes, Qt::CaseInsensitive)) {
             chosen.append(path);
         }
     }

@@ -90,7 +90,8 @@ public:
     /// Adds the file at `diskPath` as the entry `name`, whose folders are put in lower case: the part before
     /// the last backslash, or before the last slash if there is no backslash. A file that cannot be read to
     /// its end, one that delivers less than its size at opening, and the archive itself make the archive bad:
-    /// a caller that wants to go on without a missing file must look before adding it.
+    /// a caller that wants to go on without a missing file must look before adding it. A pipe or a device is
+    /// read until it ends, however long that takes.
     bool addFile(const QString& name, const QString& diskPath);
 
     /// Adds `size` bytes at `data`, which may be null for none.
@@ -101,11 +102,16 @@ public:
 
     /// Adds what lies in `folder` under names relative to it: first an entry for each folder, then each file
     /// whose name holds a full stop and matches none of the wildcards `excludes` (see `VelorWildcard`; case
-    /// does not count). Hidden files and folders, devices and dangling links stay out, and so does this
-    /// archive. With `recursive`, subfolders are entered, through links too, each of them once. A folder that
-    /// does not exist or cannot be read is like an empty one. Returns at the first entry that fails.
+    /// does not count). Hidden files and folders stay out, and so do this archive and whatever is no regular
+    /// file or folder once links are followed: pipes, sockets, devices, dangling links and loops. With
+    /// `recursive`, subfolders are entered, through links too, each of them once. A folder that does not
+    /// exist or cannot be read is like an empty one. Returns at the first entry that fails.
     ///
-    /// `listener`, if there is one, hears `scale` times the share of files added after each file.
+    /// Where names on disk are bytes, one that is not UTF-8 makes the archive bad if its folder or file would
+    /// be packed, so that nothing is lost silently. No wildcard can exclude such a file.
+    ///
+    /// `listener`, if there is one, hears `scale` times the share of files added after each file, reckoned in
+    /// 32-bit floats and cut to a whole number.
     bool addFolder(const QString& folder, bool recursive, const QList<QString>& excludes = {},
                    VelorPercentListener* listener = nullptr, int scale = 100);
 

@@ -4,6 +4,8 @@
 
 std::filesystem::path streamPath(const std::basic_string<WCHAR>& path) { return path; }
 
+std::basic_string<WCHAR> wideName(const std::filesystem::path& path) { return path.native(); }
+
 #else
 
 #include <algorithm>
@@ -817,5 +819,11 @@ void addDialogTemplate(WORD id, std::vector<DialogControl> controls)
 }
 
 std::filesystem::path streamPath(const std::basic_string<WCHAR>& path) { return nativePath(path); }
+
+std::basic_string<WCHAR> wideName(const std::filesystem::path& path)
+{
+    const std::string& name = path.native();
+    return decodeUtf8(name.data(), static_cast<int>(name.size()));
+}
 
 #endif

@@ -328,3 +328,7 @@ void addDialogTemplate(WORD id, std::vector<DialogControl> controls);
 /// The path by which a standard file stream opens the wide name `path`; an empty one, which opens nothing,
 /// where no such name can exist.
 std::filesystem::path streamPath(const std::basic_string<WCHAR>& path);
+
+/// The wide name of `path`, which `streamPath` turns back. Where names are bytes, those that are no text have
+/// the lone surrogates of `MultiByteToWideChar`.
+std::basic_string<WCHAR> wideName(const std::filesystem::path& path);
