@@ -141,6 +141,27 @@ TEST(KelbFile, ResizeKeepsWhatItDoesNotCut)
     EXPECT_EQ(resized(KelbFile::ModeReadWrite, std::uint64_t(1) << 62), "0123") << "too large for the disk";
 }
 
+TEST(KelbFile, ResizeCreatesAVanishedFileInTheModeThatKeepsOrCreates)
+{
+    const std::filesystem::path before = std::filesystem::current_path();
+    for (const std::uint32_t mode : {KelbFile::ModeRead, KelbFile::ModeWrite, KelbFile::ModeReadWrite}) {
+        SCOPED_TRACE(mode);
+        const TestFolder folder;
+        const TestFolder folderWithout;
+        writeFile(folder.narrowPath("f"), "0123");
+        std::filesystem::current_path(filePath(folder.narrowPath("")));
+        KelbFile file("f", mode);
+        std::filesystem::current_path(filePath(folderWithout.narrowPath("")));
+        file.resize(2);
+        std::filesystem::current_path(before);
+        EXPECT_EQ(file.isOpen(), mode == KelbFile::ModeReadWrite);
+        EXPECT_EQ(file.write("!", 1), file.isOpen() ? 1u : 0u);
+        file.close();
+        EXPECT_EQ(fileBytes(folderWithout.narrowPath("f")),
+                  mode == KelbFile::ModeReadWrite ? "!" : "(missing)");
+    }
+}
+
 TEST(KelbFile, WorksBeyondFourGibibytes)
 {
     constexpr std::uint64_t Far = (std::uint64_t(5) << 30) + 3;

@@ -41,10 +41,10 @@ const char* openingMode(const std::string& path, std::uint32_t mode)
     }
 }
 
-/// "wb" would empty the file, and "wb+" one that cannot be looked at for a moment.
-const char* reopeningMode(std::uint32_t mode)
+/// "wb" would empty the file.
+const char* reopeningMode(const std::string& path, std::uint32_t mode)
 {
-    return mode == KelbFile::ModeWrite || mode == KelbFile::ModeReadWrite ? "rb+" : "rb";
+    return mode == KelbFile::ModeWrite ? "rb+" : openingMode(path, mode);
 }
 
 void setFileLength(const std::string& path, std::uint64_t size)
@@ -208,7 +208,7 @@ void KelbFile::resize(std::uint64_t size)
     }
     mRecord->close();
     setFileLength(mRecord->path, size);
-    mRecord->open(reopeningMode(mRecord->mode));
+    mRecord->open(reopeningMode(mRecord->path, mRecord->mode));
 }
 
 bool KelbFile::hasError() { return (isOpen() && std::ferror(mRecord->stream) != 0) || mRecord->closeFailed; }

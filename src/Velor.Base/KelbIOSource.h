@@ -155,9 +155,9 @@ public:
     /// Whether a read has come back short. Reading exactly the last byte does not make it true.
     VELOR_BASE_PRIVATE bool eof() override;
     /// Cuts the file, or lets it grow by zeros; the position is 0 afterwards. The file is closed and opened
-    /// again by its path to do so, without being emptied in any mode: a relative path must still lead to it.
-    /// If the length cannot be set, the file keeps the one it has; if the file cannot be opened again, it
-    /// stays closed.
+    /// again by its path to do so: a relative path must still lead to it. `ModeWrite` does not empty it then,
+    /// and `ModeReadWrite` creates one that has vanished or cannot be read any more. If the length cannot be
+    /// set, the file keeps the one it has; if the file cannot be opened again, it stays closed.
     VELOR_BASE_PRIVATE void resize(std::uint64_t size) override;
     /// Whether a read or write has failed, or the last closing, that of `resize` included.
     VELOR_BASE_PRIVATE bool hasError() override;
