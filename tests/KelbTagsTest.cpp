@@ -8,6 +8,9 @@
 #include <QtCore/QDebug>
 #include <QtXml/QDomDocument>
 
+#include <algorithm>
+#include <iterator>
+#include <random>
 #include <tuple>
 
 namespace {
@@ -44,6 +47,34 @@ TEST(KelbTags, ReadsAnyTextForItemsAndCategories)
         VelorCategoryTags category;
         category.fromString(text);
         EXPECT_EQ(category.getTags(), tags == QStringList{u"Default"_s} ? QStringList{} : tags) << fault;
+    }
+}
+
+/// Letters that several others fold to, halves of surrogate pairs, and what separates tags.
+QString hardText(std::mt19937& random)
+{
+    static const std::u16string Units = u"sS\u017FkK\u212AiI\u0130\u0131\u00DF\u1E9E\u03C2\u03C3\u03A3zZ"
+                                        u"\xD801\xD801\xD83A\xDC00\xDC28\xDD00\xDD22,,,,,  ";
+    QString text;
+    for (int i = 0; i < 60; ++i) {
+        text += QChar(Units[random() % Units.size()]);
+    }
+    return text;
+}
+
+TEST(KelbTags, ReadsEveryTextAsAddingTagByTagDoes)
+{
+    std::mt19937 random(1);
+    for (int i = 0; i < 5000; ++i) {
+        const QString text = i == 0 ? u"\u017F\xD801Z,s\xD801z"_s : hardText(random);
+        KelbTags added;
+        for (const QString& part : text.split(u',')) {
+            const auto first = std::find_if(part.begin(), part.end(), [](QChar c) { return c != u' '; });
+            if (first != part.end()) {
+                added.addTag(QString(first, std::distance(first, part.end())));
+            }
+        }
+        ASSERT_EQ(KelbTags(text).getTags(), KelbTags(added.getTags()).getTags()) << i;
     }
 }
 

@@ -3,29 +3,19 @@
 #include "KelbSynonyms.h"
 
 #include <QtCore/QDebug>
-#include <QtCore/QHashFunctions>
 #include <QtCore/QStringTokenizer>
+#include <QtCore/QVarLengthArray>
 #include <QtXml/QDomElement>
 
 #include <algorithm>
-#include <unordered_set>
+#include <iterator>
 #include <utility>
 
 namespace {
 
-struct SameTag
-{
-    bool operator()(const QString& a, const QString& b) const
-    {
-        return a.compare(b, Qt::CaseInsensitive) == 0;
-    }
-};
+bool isLess(QStringView a, QStringView b) { return a.compare(b, Qt::CaseInsensitive) < 0; }
 
-/// Relies on no more than that texts which compare equal ignoring case have the same folded form.
-struct FoldedHash
-{
-    size_t operator()(const QString& tag) const { return qHash(tag.toCaseFolded(), QHashSeed::globalSeed()); }
-};
+bool isSameTag(QStringView a, QStringView b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
 
 QStringView withoutLeadingBlanks(QStringView text)
 {
@@ -33,20 +23,28 @@ QStringView withoutLeadingBlanks(QStringView text)
     return {first, text.end()};
 }
 
+/// The tags of `text` in the order of `QStringList::sort`. Equal ones become neighbours, the first of the
+/// text in front, so that comparisons alone tell duplicates, as in `addTag`.
 QList<QString> tagsOf(const QString& text, bool usesDefault)
 {
-    QList<QString> tags;
-    std::unordered_set<QString, FoldedHash, SameTag> known;
+    QVarLengthArray<QStringView, 32> parts;
     for (const QStringView part : qTokenize(text, u',')) {
-        const QString tag = withoutLeadingBlanks(part).toString();
-        if (!tag.isEmpty() && known.insert(tag).second) {
-            tags.append(tag);
+        if (const QStringView tag = withoutLeadingBlanks(part); !tag.isEmpty()) {
+            parts.append(tag);
         }
     }
+    // What `toString` has written is sorted.
+    if (!std::is_sorted(parts.begin(), parts.end(), isLess)) {
+        std::stable_sort(parts.begin(), parts.end(), isLess);
+    }
+    const auto end = std::unique(parts.begin(), parts.end(), isSameTag);
+
+    QList<QString> tags;
+    tags.reserve(std::distance(parts.begin(), end));
+    std::for_each(parts.begin(), end, [&tags](QStringView tag) { tags.append(tag.toString()); });
     if (tags.isEmpty() && usesDefault) {
         tags.append(KelbTags::DefaultTag);
     }
-    tags.sort(Qt::CaseInsensitive);
     return tags;
 }
 
@@ -124,7 +122,7 @@ QList<QString> KelbTags::compareTags(const KelbTags& other, const KelbSynonyms* 
     QList<QString> matches;
     for (const QString& our : ours) {
         for (const QString& their : theirs) {
-            if (SameTag()(our, their) || (synonyms != nullptr && synonyms->areSynonyms(our, their))) {
+            if (isSameTag(our, their) || (synonyms != nullptr && synonyms->areSynonyms(our, their))) {
                 matches.append(our);
             }
         }
