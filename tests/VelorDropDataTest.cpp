@@ -106,19 +106,36 @@ TEST(VelorDropData, ForeignBytesAddItemsUntilTheFirstErrorAndTakeNeitherMemoryNo
         {"list that announces gigabytes", one + "0000000b 00 7fffffff", "2|o=1", Bad},
         {"user type", one + "00010000 00 00000004 466f6f00", "2|o=1", Bad},
         {"foreign data behind a name", one + name + "00000009 00 00000000", "2|o=1", Bad},
+        {"two whole items", "00000002 00000003" + name + data + name + data, "3|o=1|a=x|a=x", Ok},
         {"lists as deep as the stack", one + QByteArray("00000009 00 00000001").repeated(100'000), "2|o=1",
          Bad},
     };
     for (const auto& [fault, hex, payload, status] : rows) {
-        SCOPED_TRACE(fault);
-        QByteArray bytes = QByteArray::fromHex(hex);
-        WatchedBuffer device(&bytes);
-        device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-        QDataStream stream(&device);
-        EXPECT_EQ(told(readFrom(stream, old)), QString::fromLatin1(payload));
-        EXPECT_EQ(stream.status(), status);
-        EXPECT_LE(device.largestRead, 32);
+        for (const QDataStream::Status earlier : {Ok, Short, Bad, QDataStream::WriteFailed}) {
+            SCOPED_TRACE(testing::Message() << fault << ", status before " << earlier);
+            QByteArray bytes = QByteArray::fromHex(hex);
+            WatchedBuffer device(&bytes);
+            device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+            QDataStream stream(&device);
+            stream.setStatus(earlier);
+            EXPECT_EQ(told(readFrom(stream, old)), QString::fromLatin1(payload));
+            EXPECT_EQ(stream.status(), earlier == Ok ? status : earlier);
+            EXPECT_LE(device.largestRead, 32);
+        }
     }
+}
+
+TEST(VelorDropData, NothingIsReadAfterAnErrorInATransaction)
+{
+    QDataStream stream(Frozen);
+    stream.startTransaction();
+    stream.setStatus(QDataStream::ReadPastEnd);
+    EXPECT_EQ(told(readFrom(stream, {{}, VelorDropData::Clip})), QStringLiteral("0"));
+    EXPECT_FALSE(stream.commitTransaction());
+    stream.startTransaction();
+    EXPECT_EQ(told(readFrom(stream)), told(FrozenPayload))
+        << "a new transaction starts where the old one did";
+    EXPECT_TRUE(stream.commitTransaction());
 }
 
 TEST(VelorDropData, MimeDataHoldsThePayloadAndNothingElse)

@@ -87,6 +87,7 @@ QDataStream::Status lookAhead(const QDataStream& stream)
     return isTooLong ? QDataStream::ReadPastEnd : QDataStream::Ok;
 }
 
+/// Sets the stream's status to what the reading of `value` came to, and returns whether that is `Ok`.
 bool readPlainVariant(QDataStream& stream, QVariant& value)
 {
     stream.setStatus(lookAhead(stream));
@@ -94,6 +95,13 @@ bool readPlainVariant(QDataStream& stream, QVariant& value)
         stream >> value;
     }
     return stream.status() == QDataStream::Ok;
+}
+
+/// Whether Qt reads nothing but zeros from `stream`: it does so once a transaction has met an error.
+bool isSuspended(const QDataStream& stream)
+{
+    return stream.status() != QDataStream::Ok && stream.device() != nullptr &&
+           stream.device()->isTransactionStarted();
 }
 
 int toDevicePixels(int size, double devicePixelRatio)
@@ -192,6 +200,10 @@ QDataStream& operator<<(QDataStream& stream, const VelorDropData& payload)
 
 QDataStream& operator>>(QDataStream& stream, VelorDropData& payload)
 {
+    const QDataStream::Status earlier = stream.status();
+    if (!isSuspended(stream)) {
+        stream.resetStatus();
+    }
     qint32 count = 0;
     qint32 type = 0;
     stream >> count >> type;
@@ -204,6 +216,10 @@ QDataStream& operator>>(QDataStream& stream, VelorDropData& payload)
             break;
         }
         payload.mItems.append({name.toString(), data.toByteArray()});
+    }
+    if (earlier != QDataStream::Ok) {
+        stream.resetStatus();
+        stream.setStatus(earlier);
     }
     return stream;
 }

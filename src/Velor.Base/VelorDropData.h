@@ -127,5 +127,11 @@ VELOR_BASE_EXPORT QDataStream& operator<<(QDataStream& stream, const VelorDropDa
 /// number, a truth value and a variant without value, each converted by `QVariant`; containers, nested
 /// variants and all other types are refused before they are read. Reading ends at the first error, which the
 /// stream's status tells, and keeps the items that were whole. Memory and time follow the bytes that are
-/// there, never the counts that they announce. The stream's version must be `QDataStream::Qt_4_2` or later.
+/// there, never the counts that they announce; a sequential device takes about twice its bytes. From a stream
+/// of a version before `QDataStream::Qt_4_2` the type is read and no item, and the status is
+/// `ReadCorruptData`.
+///
+/// A stream with an error from before is read all the same and keeps that error as its status, as with Qt's
+/// own operators. Only inside a transaction Qt suspends reading after an error: then no items come, and the
+/// type is `Nothing`.
 VELOR_BASE_EXPORT QDataStream& operator>>(QDataStream& stream, VelorDropData& payload);
