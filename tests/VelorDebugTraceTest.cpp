@@ -7,6 +7,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
+
+#include <functional>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -147,9 +149,17 @@ TEST(VelorDebugTraceNode, TellsAFileThatCannotBeOpenedButNotAFullDisk)
     EXPECT_TRUE(!QFile::exists(u"/dev/full"_s) || node->saveToFile(u"/dev"_s, u"full"_s));
 }
 
-TEST(VelorDebugTraceNode, DeepTreesFitAStackOf8MiB)
+void runOnStack(uint kibibytes, const std::function<void()>& action)
 {
-    const std::unique_ptr<QThread> thread(QThread::create([] {
+    const std::unique_ptr<QThread> thread(QThread::create(action));
+    thread->setStackSize(kibibytes << 10);
+    thread->start();
+    thread->wait();
+}
+
+TEST(VelorDebugTraceNode, TenThousandLevelsAreChangedAndFreedOnAStackOf8MiB)
+{
+    runOnStack(8 << 10, [] {
         QList<Node> nodes = chain(10000);
         nodes.constFirst()->setDebugEnabled(false);
         nodes.constLast()->addGroup(u"g"_s, QString());
@@ -160,13 +170,77 @@ TEST(VelorDebugTraceNode, DeepTreesFitAStackOf8MiB)
         EXPECT_FALSE(root.isNull());
         nodes.clear();
         EXPECT_TRUE(root.isNull());
-        const Node saved = chain(3000).constFirst();
-        EXPECT_EQ(QByteArray::fromStdString(dump(saved)).count("<Node"), 3000);
-        saved->clear();
-    }));
-    thread->setStackSize(8 << 20);
-    thread->start();
-    thread->wait();
+    });
+}
+
+TEST(VelorDebugTraceNode, ATreeIsSavedOrRefusedByTheStackThatIsLeft)
+{
+    const TestFolder folder;
+    QList<Node> nodes = chain(20000);
+    const auto save = [&](int levels, const QString& file) {
+        return nodes.at(nodes.size() - levels)->saveToFile(folder.path(u"."_s), file);
+    };
+    for (const auto& [kibibytes, promised] : {std::pair(256U, 80), {1024U, 400}, {8192U, 3000}}) {
+        runOnStack(kibibytes, [&] {
+            const QString file = QString::number(kibibytes);
+            int saved = 0;
+            for (int levels = 1; save(levels, file); levels = std::max(promised, levels + promised / 5)) {
+                saved = levels;
+            }
+            EXPECT_GE(saved, promised);
+            EXPECT_FALSE(save(20000, file));
+            EXPECT_FALSE(save(20000, u"refused"_s));
+            EXPECT_EQ(QByteArray::fromStdString(fileBytes(folder.path(file))).count("<Node"), saved);
+        });
+    }
+    EXPECT_EQ(fileBytes(folder.path(u"refused"_s)), "(missing)");
+    for (; !nodes.isEmpty(); nodes.removeLast()) { // from below, which needs no stack
+        nodes.constLast()->clear();
+    }
+}
+
+/// A node whose element holds a chain of that many more.
+class DeepNode : public VelorDebugTraceNode
+{
+public:
+    DeepNode(const QString& name, int levels)
+        : VelorDebugTraceNode(name, QString())
+        , mLevels(levels)
+    {}
+    QDomElement toXml(QDomDocument& document) override
+    {
+        QDomElement element = VelorDebugTraceNode::toXml(document);
+        for (int i = 0; i < mLevels; ++i) {
+            QDomElement parent = document.createElement(u"Level"_s);
+            parent.appendChild(element);
+            element = parent;
+        }
+        return element;
+    }
+
+private:
+    int mLevels;
+};
+
+TEST(VelorDebugTraceNode, AnEndlessTreeAndElementsOfAnOverrideAreRefusedAsWell)
+{
+    const TestFolder folder;
+    const Node root = Node::create(u"root"_s, QString());
+    const Node below = root->addGroup(u"below"_s, QString());
+    below->addChild(root);
+    EXPECT_FALSE(root->saveToFile(folder.path(u"."_s), QString()));
+    below->addChild(Node::create(u"root"_s, QString()));
+    Node::create(u"other"_s, QString())->addChild(root);
+    root->clear();
+    runOnStack(256, [&] {
+        EXPECT_TRUE(
+            QSharedPointer<DeepNode>::create(u"few"_s, 20)->saveToFile(folder.path(u"."_s), QString()));
+        for (const int levels : {200, 50000}) {
+            const auto deep = QSharedPointer<DeepNode>::create(u"root"_s, levels);
+            EXPECT_FALSE(deep->saveToFile(folder.path(u"."_s), QString())) << levels;
+        }
+    });
+    EXPECT_EQ(fileBytes(folder.path(u"root.xml"_s)), "(missing)");
 }
 
 } // namespace

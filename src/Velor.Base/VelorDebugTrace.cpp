@@ -1,8 +1,11 @@
 #include "VelorDebugTrace.h"
 
+#include "Win32.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QMutexLocker>
+#include <QtCore/QSet>
 #include <QtCore/QTextStream>
 
 #include <algorithm>
@@ -11,6 +14,11 @@
 namespace {
 
 constexpr int XmlIndent = 4;
+
+/// What a saving takes of the stack whatever its depth: the text stream, the file, the system's calls.
+constexpr std::size_t StackReserve = 24 * 1024;
+/// For toXml, overrides of it included, and for the end of the DOM, whose levels take some 500 and 70 bytes.
+constexpr std::size_t LeastBytesPerLevel = 2048;
 
 bool isSurrogatePair(const QString& text, qsizetype at)
 {
@@ -43,11 +51,97 @@ void setUnlessEmpty(QDomElement& element, const QString& attribute, const QStrin
     }
 }
 
+void writeDocument(const QDomDocument& document, QIODevice& output)
+{
+    QTextStream stream(&output);
+    document.save(stream, XmlIndent, QDomNode::EncodingFromDocument);
+}
+
+/// Takes what is written to it and keeps how little of the stack was left meanwhile.
+class StackGauge : public QIODevice
+{
+public:
+    StackGauge() { open(WriteOnly | Unbuffered); }
+    std::size_t least() const { return mLeast; }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64 size) override
+    {
+        mLeast = std::min(mLeast, remainingStack());
+        return size;
+    }
+
+private:
+    std::size_t mLeast = remainingStack();
+};
+
+/// What is left of the stack while the innermost of `levels` elements is written. Its text is longer than
+/// what a text stream collects.
+std::size_t stackLeftAtLevel(int levels)
+{
+    QDomDocument document;
+    QDomElement element = document.createElement(QStringLiteral("Node"));
+    element.setAttribute(QStringLiteral("name"), QString(1 << 16, u'x'));
+    while (--levels > 0) {
+        QDomElement parent = document.createElement(QStringLiteral("Node"));
+        parent.appendChild(element);
+        element = parent;
+    }
+    document.appendChild(element);
+    StackGauge gauge;
+    writeDocument(document, gauge);
+    return gauge.least();
+}
+
+/// What a level takes of the stack as Qt saves it, with an eighth for safety. That depends on Qt's version
+/// and build: 2,000 bytes in the release build of Qt 6.4, nothing where Qt saves without recursion. So it is
+/// measured, once.
+std::size_t bytesPerLevel()
+{
+    static const std::size_t measured = stackLeftAtLevel(1) - stackLeftAtLevel(2);
+    return std::max(LeastBytesPerLevel, measured + measured / 8);
+}
+
+/// How many levels can be saved on the stack that is left.
+std::size_t savableLevels()
+{
+    const std::size_t left = remainingStack();
+    return left > StackReserve ? (left - StackReserve) / bytesPerLevel() : 0;
+}
+
+bool isElementDeeperThan(std::size_t levels, const QDomElement& root)
+{
+    QList<QDomNode> level{root};
+    for (; !level.isEmpty() && levels > 0; --levels) {
+        QList<QDomNode> below;
+        for (const QDomNode& node : std::as_const(level)) {
+            for (QDomNode child = node.firstChild(); !child.isNull(); child = child.nextSibling()) {
+                below.append(child);
+            }
+        }
+        level.swap(below);
+    }
+    return !level.isEmpty();
+}
+
+/// Frees a tree of any depth, since that of the DOM itself recurses.
+void takeApart(const QDomElement& root)
+{
+    QList<QDomNode> nodes{root};
+    while (!nodes.isEmpty()) {
+        QDomNode node = nodes.takeLast();
+        while (node.hasChildNodes()) {
+            nodes.append(node.removeChild(node.firstChild()));
+        }
+    }
+}
+
 } // namespace
 
-// Both are there before any code runs, and the mutex outlives the map, since it is built first.
-constinit QMutex VelorDebugTrace::sMultitonMutex;
-constinit QMap<QString, QSharedPointer<VelorDebugTrace>> VelorDebugTrace::sInstances;
+// Constructed when the library is loaded, in this order, so that the mutex outlives the map.
+QMutex VelorDebugTrace::sMultitonMutex;
+QMap<QString, QSharedPointer<VelorDebugTrace>> VelorDebugTrace::sInstances;
 
 VelorDebugTrace& VelorDebugTrace::factory(const QString& name)
 {
@@ -197,6 +291,18 @@ QDomElement VelorDebugTraceNode::toXml(QDomDocument& document)
 
 bool VelorDebugTraceNode::saveToFile(const QString& path, const QString& file)
 {
+    const std::size_t levels = savableLevels();
+    if (isDeeperThan(levels)) {
+        return false;
+    }
+    QDomDocument document;
+    const QDomElement element = toXml(document);
+    // An override of toXml may have put in levels of its own.
+    if (isElementDeeperThan(levels, element)) {
+        takeApart(element);
+        return false;
+    }
+    document.appendChild(element);
     const QDir directory(path);
     if (!directory.exists()) {
         directory.mkpath(QStringLiteral("."));
@@ -205,9 +311,23 @@ bool VelorDebugTraceNode::saveToFile(const QString& path, const QString& file)
     if (!output.open(QIODevice::WriteOnly | QIODevice::Text)) {
         return false;
     }
-    QDomDocument document;
-    document.appendChild(toXml(document));
-    QTextStream stream(&output);
-    document.save(stream, XmlIndent, QDomNode::EncodingFromDocument);
+    writeDocument(document, output);
     return true;
+}
+
+/// Goes level by level: nothing recurses, a node that is reached on several ways counts once for each level,
+/// and where a node comes below itself the levels do not end.
+bool VelorDebugTraceNode::isDeeperThan(std::size_t levels) const
+{
+    QSet<const VelorDebugTraceNode*> level{this};
+    for (; !level.isEmpty() && levels > 0; --levels) {
+        QSet<const VelorDebugTraceNode*> below;
+        for (const VelorDebugTraceNode* node : std::as_const(level)) {
+            for (const auto& child : node->mChildren) {
+                below.insert(child.data());
+            }
+        }
+        level.swap(below);
+    }
+    return !level.isEmpty();
 }

@@ -1,6 +1,27 @@
 #include "Win32.h"
 
+#include <cstdint>
+
+namespace {
+
+/// How far `here` is above the end of its stack, which lies from `low` to `high`.
+std::size_t stackBelow(std::uintptr_t here, std::uintptr_t low, std::uintptr_t high)
+{
+    constexpr std::size_t OfAnUnknownStack = 64 * 1024;
+    return low < here && here <= high ? here - low : OfAnUnknownStack;
+}
+
+} // namespace
+
 #if defined(_WIN32)
+
+std::size_t remainingStack()
+{
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    return stackBelow(reinterpret_cast<std::uintptr_t>(&low), low, high);
+}
 
 std::filesystem::path streamPath(const std::basic_string<WCHAR>& path) { return path; }
 
@@ -17,6 +38,7 @@ std::basic_string<WCHAR> wideName(const std::filesystem::path& path) { return pa
 #include <fcntl.h>
 #include <fstream>
 #include <map>
+#include <pthread.h>
 #include <spawn.h>
 #include <string_view>
 #include <sys/mman.h>
@@ -824,6 +846,21 @@ std::basic_string<WCHAR> wideName(const std::filesystem::path& path)
 {
     const std::string& name = path.native();
     return decodeUtf8(name.data(), static_cast<int>(name.size()));
+}
+
+std::size_t remainingStack()
+{
+    pthread_attr_t attributes;
+    void* lowest = nullptr;
+    std::size_t size = 0;
+    if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
+        pthread_attr_getstack(&attributes, &lowest, &size);
+        pthread_attr_destroy(&attributes);
+    }
+    // The address sanitizer keeps local variables elsewhere, but not the frames.
+    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    const auto low = reinterpret_cast<std::uintptr_t>(lowest);
+    return stackBelow(here, low, low + size);
 }
 
 #endif

@@ -322,8 +322,13 @@ void addDialogTemplate(WORD id, std::vector<DialogControl> controls);
 
 #endif
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
+
+/// How many bytes are left of the calling thread's stack. On a stack that the program has made itself, which
+/// the system does not know, this is 64 KiB.
+std::size_t remainingStack();
 
 /// The path by which a standard file stream opens the wide name `path`; an empty one, which opens nothing,
 /// where no such name can exist.
