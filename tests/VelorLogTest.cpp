@@ -1,17 +1,22 @@
 #include "TestHelpers.h"
 
 #include <Velor.Base/VelorLog.h>
+#include <Velor.Base/VelorVectors.h>
 
 #include <gmock/gmock.h>
 
 #include <QtCore/QDateTime>
+#include <QtCore/QDebug>
+#include <QtCore/QPoint>
 
 #include <atomic>
 #include <ctime>
 #include <functional>
+#include <iomanip>
 #include <thread>
 #include <tuple>
 
+using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::StartsWith;
@@ -57,6 +62,31 @@ public:
     std::string lastLog;
     std::function<void(bool&)> reaction = [](bool&) {};
 };
+
+/// How many of the operations that may keep off the console compile with a `Flag` there.
+template <typename Flag>
+constexpr int callsWithFlag = [] {
+    constexpr VelorLog::Level Level = VelorLog::Info;
+    using Stream = VelorLog::Stream;
+    return int(requires(VelorLog& log, Flag flag) { log.logMessage("", Level, flag); }) +
+           int(requires(VelorLog& log, Flag flag) { log.stream(Level, flag); }) +
+           int(requires(VelorLog& log, Flag flag) { Stream(&log, Level, flag); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.logMessage("", Level, flag); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.logError("", flag); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.logWarning("", flag, "name"); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.logDebug0("", flag, "name"); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.logDebug1("", flag); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.logDebug2("", flag); }) +
+           int(requires(VelorLogManager& manager, Flag flag) { manager.stream(Level, flag, "name"); });
+}();
+template <typename... Flags>
+constexpr bool allCompile = (... && (callsWithFlag<Flags> == 10));
+template <typename... Flags>
+constexpr bool noneCompiles = (... && (callsWithFlag<Flags> == 0));
+
+static_assert(allCompile<bool, int, const std::atomic<bool>&, std::vector<bool>::reference, std::true_type>);
+static_assert(noneCompiles<const char (&)[7], const char*, char*, const char16_t (&)[2], std::string, QString,
+                           QByteArray, std::string_view, std::nullptr_t, VelorLog*, VelorLog::Level>);
 
 class VelorLogTest : public testing::Test
 {
@@ -162,6 +192,7 @@ TEST_F(VelorLogTest, AStreamDeliversOneMessageForEachFlush)
         log.stream(VelorLog::Error);
         VelorLog::Stream stream = log.stream(VelorLog::Warning);
         stream << "a";
+        stream.flush() << static_cast<std::streambuf*>(nullptr) << "lost with the error";
         stream.flush() << "b";
         VelorLog::Stream moved = std::move(stream);
         stream << "lost";
@@ -175,7 +206,60 @@ TEST_F(VelorLogTest, AStreamDeliversOneMessageForEachFlush)
     };
     EXPECT_THAT(said(sayStreamed),
                 ElementsAre("", "Warning: Log is null!\n",
-                            "read 3 fftrue\n[ERROR] - \n[WARNING] - a\n[WARNING] - bc\nd\n"));
+                            "read 3 fftrue\n[ERROR] - \n[WARNING] - a\n[WARNING] - \n[WARNING] - bc\nd\n"));
+}
+
+TEST_F(VelorLogTest, AStreamTakesTheTextsOfQtAsUtf8AndOtherValuesInTheirDebugForm)
+{
+    const auto sayTexts = [](VelorLog& log) {
+        log.setDebugOutputEnabled(false);
+        log.stream() << u"\u0416\u00E9"_s << QStringView(u"\u0417") << QLatin1StringView("\xE9") << u"\u0418"
+                     << std::u16string(u"\u0419") << u8"\u041A" << QChar(u'\u041B') << QString();
+        log.stream() << std::setw(6) << u"right"_s << QByteArray("\xFFraw\0", 5) << "text"
+                     << std::string("s");
+        log.stream() << TVec2d<float>{1, 2} << TVec3d<double>{0.5, 2, 3} << quat() << QPoint(1, 2);
+        log.stream() << TMat4d<float>();
+        log.stream() << VelorLog::Error << std::hex << 255 << QStringList{u"a b"_s, u"c"_s} << Qt::Horizontal;
+    };
+    EXPECT_EQ(said(sayTexts)[2], "\u0416\u00E9\u0417\u00E9\u0418\u0419\u041A\u041B\n" +
+                                     std::string(" right\xFFraw\0texts\n", 17) +
+                                     "TVec2d(1, 2)TVec3d(0.5, 2, 3)quat(x 0, y 0, z 0, w 1)QPoint(1,2)\n"
+                                     "TMat4d(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1)\n"
+                                     "1ffQList(\"a b\", \"c\")1\n");
+}
+
+TEST_F(VelorLogTest, AListenerThatThrowsGetsAMessageOnceAndKeepsItFromNobody)
+{
+    Recorder first;
+    Recorder second;
+    first.reaction = [](bool& skipOutput) {
+        skipOutput = false;
+        throw 1;
+    };
+    second.reaction = [](bool&) { throw 2; };
+    const auto sayAll = [&](VelorLog& log) {
+        log.addListener(&first);
+        log.addListener(&second);
+        VelorLog::Stream stream = log.stream();
+        stream << "flushed";
+        EXPECT_THROW(stream.flush(), int);
+        stream << "assigned over";
+        EXPECT_THROW(stream = log.stream(VelorLog::Error), int);
+        log.stream() << "destroyed";
+        try {
+            manager.logError("managed");
+            ADD_FAILURE() << "nothing is thrown";
+        } catch (int thrown) {
+            EXPECT_EQ(thrown, 1);
+        }
+        stream << "still of its own level";
+    };
+    const std::string lines =
+        "flushed\nassigned over\ndestroyed\n[ERROR] - managed\nstill of its own level\n";
+    EXPECT_EQ(said(sayAll)[2], lines);
+    EXPECT_THAT(first.heard, ElementsAre("3 flushed", "3 assigned over", "3 destroyed", "1 [ERROR] - managed",
+                                         "3 still of its own level"));
+    EXPECT_EQ(second.heard, first.heard);
 }
 
 TEST_F(VelorLogTest, AFileThatFailsStopsNothingAndIsTriedAgainOnDemandAlone)
@@ -201,6 +285,9 @@ TEST_F(VelorLogTest, AFileThatFailsStopsNothingAndIsTriedAgainOnDemandAlone)
     EXPECT_EQ(textOf(name), "4\n");
     const VelorLog second(name);
     EXPECT_EQ(textOf(name), "") << "an earlier file is not truncated";
+    const std::string noUtf8 = path(".") + "/\xFF.log";
+    EXPECT_FALSE(VelorLog(noUtf8).isFileOutputSuppressed());
+    EXPECT_TRUE(std::ifstream(noUtf8).is_open());
 }
 
 TEST_F(VelorLogTest, TheTimeStampFollowsTheLocalClock)
@@ -329,12 +416,14 @@ TEST_F(VelorLogTest, SetupMakesADatedDefaultLogAndReportsDeletedOnesThere)
     const std::string refused = readOnly.is_absolute() && std::filesystem::exists(readOnly)
                                     ? "Failed to create writable path:  \"/proc/self\""
                                     : "";
+    // On Windows, more than the code page can express.
+    const std::string cyrillic = "new/\u041B\u043E\u0433\u0438 \u540D";
     std::string text;
     const auto setUp = [&](VelorLog& log) {
         EXPECT_FALSE(VelorLogManager::setupDefaultLog("App", path("file/logs")));
         EXPECT_TRUE(refused.empty() || !VelorLogManager::setupDefaultLog("App", "/proc/self"));
         EXPECT_EQ(manager.getDefaultLog(), &log);
-        for (const std::string& logs : {path("new/new"), path(".")}) {
+        for (const std::string& logs : {path(cyrillic), path(".")}) {
             EXPECT_TRUE(VelorLogManager::setupDefaultLog("App", logs));
             VelorLog* made = manager.getDefaultLog();
             EXPECT_EQ(withoutDigits(made->getName()), withoutDigits(logs) + "/App_####-##-##_##-##-##.log");
@@ -347,7 +436,7 @@ TEST_F(VelorLogTest, SetupMakesADatedDefaultLogAndReportsDeletedOnesThere)
     EXPECT_THAT(said(setUp)[1], testing::HasSubstr(refused));
     EXPECT_THAT(text, EndsWith(" - Deleted log file: App_2020-01-01_00-00-00.log\n"));
     EXPECT_EQ(fileBytes(old), "(missing)");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(filePath(path("new/new"))), {}), 2)
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(filePath(path(cyrillic))), {}), 2)
         << "the probe of the folder stays";
 }
 
@@ -361,28 +450,33 @@ TEST_F(VelorLogTest, OnlyOldFilesOfTheStatedFormAreDeletedAndAFailureIsReported)
         {"impossible month", "A+b_2025-13-01_00-00-00.log", false},
         {"another prefix that ends alike", "xA+b_2025-01-01_00-00-00.log", false},
         {"prefix taken for an expression", "AAb_2025-01-01_00-00-00.log", false},
-        {"further suffix", "A+b_2025-01-01_00-00-00.backup.log", false},
+        {"name of the form up to the first dot", "A+b_2025-01-01_00-00-00.backup.log", true},
+        {"suffix in capitals", "A+b_2025-01-01_00-00-00.LOG", true},
+        {"another suffix", "A+b_2025-01-01_00-00-00.txt", false},
         {"number behind the time", "A+b_2025-01-01_00-00-00_1.log", false},
     };
-    for (const auto& [fault, name, goes] : rows) {
+    for (const auto& [reason, name, goes] : rows) {
         writeFile(path(name), "");
     }
+    const auto failed = StartsWith("2 [WARNING] - Failed to delete old log file: A+b_202");
     Recorder recorder;
-    recorder.reaction = [&](bool&) {
-        std::filesystem::remove(filePath(path(std::get<1>(rows[0]))));
-        std::filesystem::remove(filePath(path(std::get<1>(rows[1]))));
+    recorder.reaction = [&](bool&) { // leaves nothing to delete behind the first
+        for (const auto& [reason, name, goes] : rows) {
+            if (goes) {
+                std::filesystem::remove(filePath(path(name)));
+            }
+        }
     };
     said([&](VelorLog& log) {
         log.addListener(&recorder);
         const QDateTime now(QDate(2025, 6, 10), QTime(12, 0));
         VelorLogTestAccess::deleteOldLogFiles("A+b", path("."), now);
     });
-    for (const auto& [fault, name, goes] : rows) {
-        EXPECT_EQ(fileBytes(path(name)), goes ? "(missing)" : "") << fault;
+    for (const auto& [reason, name, goes] : rows) {
+        EXPECT_EQ(fileBytes(path(name)), goes ? "(missing)" : "") << reason;
     }
     EXPECT_THAT(recorder.heard,
-                ElementsAre(StartsWith("3 Deleted log file: A+b_202"),
-                            StartsWith("2 [WARNING] - Failed to delete old log file: A+b_202")));
+                ElementsAre(StartsWith("3 Deleted log file: A+b_202"), failed, failed, failed));
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "PlatformOperations.h"
 
+#include <QtCore/QAnyStringView>
+#include <QtCore/QByteArrayView>
 #include <QtCore/QDateTime>
 #include <QtCore/QDebug>
 #include <QtCore/QDir>
@@ -12,6 +14,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <filesystem>
 #include <initializer_list>
 #include <iomanip>
 #include <iostream>
@@ -66,6 +69,30 @@ void writeLine(std::ostream& out, std::initializer_list<std::string_view> parts)
     out.flush();
 }
 
+bool isUtf8(const std::string& text) { return QByteArrayView(text).isValidUtf8(); }
+
+/// Opens `file` by a name in UTF-8, which Windows would take for text of its code page if it came as bytes.
+void openFile(std::ofstream& file, const std::string& name)
+{
+    if (isUtf8(name)) {
+        file.open(std::filesystem::path(std::u8string(name.begin(), name.end())));
+    } else {
+        file.open(name);
+    }
+}
+
+/// The path of a log in the code page of the system, which crash reports take; unchanged where it has no such
+/// form.
+std::string crashFilePath(const std::string& name)
+{
+    if (!isUtf8(name)) {
+        return name;
+    }
+    const QString text = QString::fromStdString(name);
+    const QByteArray local = text.toLocal8Bit();
+    return QString::fromLocal8Bit(local) == text ? local.toStdString() : name;
+}
+
 /// The form of the base names of the log files of `prefix`. It does not tell where the name begins.
 QRegularExpression logFileForm(const QString& prefix)
 {
@@ -77,8 +104,7 @@ QRegularExpression logFileForm(const QString& prefix)
 QDateTime logFileTime(const QFileInfo& file, const QRegularExpression& form, qsizetype prefixSize)
 {
     const QString baseName = file.baseName();
-    // A further suffix, as in "name_time.backup.log", makes it somebody else's file.
-    if (!form.match(baseName).hasMatch() || file.fileName() != baseName + LogFileSuffix) {
+    if (!form.match(baseName).hasMatch()) {
         return {};
     }
     return QDateTime::fromString(baseName.mid(prefixSize + 1), TimeStampFormat);
@@ -152,14 +178,34 @@ VelorLog::Stream& VelorLog::Stream::flush()
     if (mMovedFrom) {
         return *this;
     }
+    // Emptied first: when a listener throws, the text has been delivered and must not be delivered again.
+    const std::string text = mText.str();
+    mText.str({});
+    mText.clear();
     if (mTargetLog != nullptr) {
-        mTargetLog->logMessage(mText.str(), mLevel, mSkipConsole);
+        mTargetLog->logMessage(text, mLevel, mSkipConsole);
     } else {
         writeLine(std::cerr, {"Warning: Log is null!"});
     }
-    mText.str({});
-    mText.clear();
     return *this;
+}
+
+void VelorLog::Stream::appendText(QAnyStringView text) { mText << text.toString().toStdString(); }
+
+void VelorLog::Stream::appendText(const QByteArray& text) { mText << text.toStdString(); }
+
+void VelorLog::Stream::appendDebugForm(void (*insert)(QDebug&, const void*), const void* value)
+{
+    QString text;
+    {
+        QDebug debug(&text);
+        insert(debug, value);
+    }
+    // QDebug puts a space behind each value, for one that may follow.
+    if (text.endsWith(u' ')) {
+        text.chop(1);
+    }
+    appendText(text);
 }
 
 void VelorLog::Stream::deliver()
@@ -190,14 +236,16 @@ void VelorLog::logMessage(const std::string& message, Level level, bool skipCons
         return;
     }
     const std::string text = levelStyle(level).prefix + message;
-    if (notifyListeners(text, level, skipConsole)) {
-        return;
-    }
-    if (mDebugOutputEnabled && !skipConsole) {
+    std::exception_ptr failure;
+    const bool skipOutput = notifyListeners(text, level, skipConsole, failure);
+    if (!skipOutput && mDebugOutputEnabled && !skipConsole) {
         writeToConsole(text, level);
     }
-    if (!mFileOutputSuppressed) {
+    if (!skipOutput && !mFileOutputSuppressed) {
         writeToFile(text);
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
     }
 }
 
@@ -273,20 +321,25 @@ void VelorLog::_LogfDebugMsg(const std::string& function, int line, const char* 
 
 bool VelorLog::reopenFile()
 {
-    mFile.open(mName);
+    openFile(mFile, mName);
     if (!mFile.is_open()) {
         writeLine(std::cerr, {"Error: Impossible log file from: ", mName});
         return false;
     }
-    return platformOperations().registerCrashFile(mName.c_str());
+    return platformOperations().registerCrashFile(crashFilePath(mName).c_str());
 }
 
-/// Whether the listeners keep the message off the console and the file.
-bool VelorLog::notifyListeners(const std::string& text, Level level, bool skipConsole)
+/// Whether the listeners keep the message off the console and the file. `failure` is the first exception.
+bool VelorLog::notifyListeners(const std::string& text, Level level, bool skipConsole,
+                               std::exception_ptr& failure)
 {
     bool skipOutput = false;
     for (LogListener* listener : mListeners) {
-        listener->onLogMessage(text, level, skipConsole, mName, skipOutput);
+        try {
+            listener->onLogMessage(text, level, skipConsole, mName, skipOutput);
+        } catch (...) {
+            failure = failure ? failure : std::current_exception();
+        }
     }
     return skipOutput;
 }

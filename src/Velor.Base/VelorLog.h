@@ -3,18 +3,30 @@
 #include "VelorBaseExport.h"
 
 #include <atomic>
+#include <concepts>
 #include <cstdint>
 #include <ctime>
+#include <exception>
 #include <fstream>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 class LogListener;
+class QAnyStringView;
+class QByteArray;
 class QDateTime;
+class QDebug;
+
+/// What C++ would take for a bool although it is none: a text, like every pointer, is silently true, and so
+/// is a level. Operations of logging with a flag have an overload for these that does not compile, so that
+/// `logError("no clip", "render")` is not taken for a message that keeps off the console.
+template <typename T>
+concept VelorLogNoFlag = std::is_convertible_v<const T&, const volatile void*> || std::is_enum_v<T>;
 
 /// One log channel: a text file, an echo on the process's console and a list of listeners, behind one level
 /// threshold.
@@ -34,7 +46,8 @@ class QDateTime;
 /// | `Debug2`            | `[DBG2] - `    | standard error  | blue   |
 ///
 /// Logging never fails its caller: a file or console that cannot be written loses its text without notice,
-/// and a full disk stops nothing.
+/// and a full disk stops nothing. Only what a listener throws comes back to the caller, and only after the
+/// message has gone everywhere: see logMessage.
 ///
 /// Threads: any thread may call any operation, and the messages of one log never interleave. One mutex is
 /// held for the whole of logMessage, so a listener must not call a locking operation of the log that is
@@ -64,6 +77,8 @@ public:
         /// `targetLog` is not owned. With a null one, delivery writes a warning to standard error and the
         /// text is lost.
         Stream(VelorLog* targetLog, Level level, bool skipConsole);
+        /// Not for a flag that is none.
+        Stream(VelorLog* targetLog, Level level, const VelorLogNoFlag auto& skipConsole) = delete;
         /// Takes over the target and the text of `other`.
         Stream(Stream&& other) noexcept;
         /// Delivers what this Stream still holds, then takes over `other`.
@@ -72,10 +87,22 @@ public:
         ~Stream();
 
         /// Appends `value` as a standard output stream formats it, the state set by manipulators included.
+        ///
+        /// Beyond what such a stream takes, the texts of Qt and of UTF-16 (`QString`, `QStringView`,
+        /// `QLatin1StringView`, `u"text"`) are appended as UTF-8 and a `QByteArray` as it is. A value of
+        /// another class that has a debug form, such as `QPoint` or `TVec3d`, is appended in that form, for
+        /// which the caller includes `<QDebug>`.
         template <typename T>
         Stream& operator<<(const T& value)
         {
-            mText << value;
+            if constexpr (requires { mText << value; } && !std::same_as<T, QByteArray>) {
+                mText << value;
+            } else if constexpr (requires { appendText(value); }) {
+                appendText(value);
+            } else {
+                static_assert(std::is_class_v<T> || std::is_enum_v<T>, "this type has no form as a text");
+                appendDebugForm(&insertDebugForm<T>, std::addressof(value));
+            }
             return *this;
         }
         /// Applies a manipulator, such as `std::endl` or `std::hex`, to the text.
@@ -84,10 +111,21 @@ public:
         Stream& operator<<(std::ios_base& (*manipulator)(std::ios_base&));
         /// @}
 
-        /// Delivers the text now, also when it is empty. The Stream can then collect more.
+        /// Delivers the text now, also when it is empty. The Stream is then empty, whatever a listener
+        /// throws, and can collect more.
         Stream& flush();
 
     private:
+        /// Needs `<QDebug>` where a value of the type `T` is inserted.
+        template <typename T>
+        static void insertDebugForm(QDebug& debug, const void* value)
+        {
+            debug << *static_cast<const T*>(value);
+        }
+
+        void appendText(QAnyStringView text);
+        void appendText(const QByteArray& text);
+        void appendDebugForm(void (*insert)(QDebug&, const void*), const void* value);
         void deliver();
 
         VelorLog* mTargetLog;
@@ -99,6 +137,10 @@ public:
 
     /// Creates the log file at the path `name`, truncating a file that is there. The folder is not created.
     /// If the file does not open, a line on standard error says so and the log works without it.
+    ///
+    /// The path is UTF-8, on Windows too. Other bytes are passed to the system unchanged: Linux takes any
+    /// bytes for a name, Windows takes them for text of its code page. A crash report on Windows takes the
+    /// file along if the code page can express its path.
     explicit VelorLog(const std::string& name);
     /// Closes the file. The listeners are not told.
     ~VelorLog();
@@ -107,10 +149,18 @@ public:
 
     /// Logs `message` if `level` is at most the threshold. `skipConsole` keeps it off the console alone. A
     /// line end is added; line ends inside are written unchanged.
+    ///
+    /// What a listener throws is thrown to the caller in the end. Until then all goes on as if the listener
+    /// had returned: the listeners behind it are called, the message reaches the console and the file, and
+    /// the lock is released. If several listeners throw, the first exception is the one that is thrown.
     void logMessage(const std::string& message, Level level = Info, bool skipConsole = false);
+    /// Not for a flag that is none.
+    void logMessage(const std::string& message, Level level, const VelorLogNoFlag auto& skipConsole) = delete;
 
     /// A Stream aimed at this log: `log.stream(VelorLog::Info) << "read " << n << " files";` is one message.
     Stream stream(Level level = Info, bool skipConsole = false);
+    /// Not for a flag that is none.
+    Stream stream(Level level, const VelorLogNoFlag auto& skipConsole) = delete;
 
     /// The path of the log file.
     const std::string& getName() const { return mName; }
@@ -156,7 +206,7 @@ private:
     friend struct VelorLogTestAccess;
 
     bool reopenFile();
-    bool notifyListeners(const std::string& text, Level level, bool skipConsole);
+    bool notifyListeners(const std::string& text, Level level, bool skipConsole, std::exception_ptr& failure);
     void writeToConsole(const std::string& text, Level level) const;
     void writeToFile(const std::string& text);
     const std::string& timeStamp(std::time_t now);
@@ -191,7 +241,7 @@ public:
     /// Called for each message that passes a log's threshold, on the thread that logs, under the log's lock.
     /// `message` has the level's prefix and no time; `logName` is the path of the log's file. `skipOutput`
     /// comes as the listener before left it; true after the last listener keeps the message off the console
-    /// and the file.
+    /// and the file. A listener had better not throw: see VelorLog::logMessage.
     virtual void onLogMessage(const std::string& message, VelorLog::Level level, bool skipConsole,
                               const std::string& logName, bool& skipOutput) = 0;
 };
@@ -246,6 +296,24 @@ public:
     void logDebug2(const std::string& message, bool skipConsole = false, const std::string& logName = {});
     /// @}
 
+    /// Not for a flag that is none: the name of a log comes behind the flag.
+    /// @{
+    void logMessage(const std::string& message, VelorLog::Level level, const VelorLogNoFlag auto& skipConsole,
+                    const std::string& logName = {}) = delete;
+    void logError(const std::string& message, const VelorLogNoFlag auto& skipConsole,
+                  const std::string& logName = {}) = delete;
+    void logWarning(const std::string& message, const VelorLogNoFlag auto& skipConsole,
+                    const std::string& logName = {}) = delete;
+    void logDebug0(const std::string& message, const VelorLogNoFlag auto& skipConsole,
+                   const std::string& logName = {}) = delete;
+    void logDebug1(const std::string& message, const VelorLogNoFlag auto& skipConsole,
+                   const std::string& logName = {}) = delete;
+    void logDebug2(const std::string& message, const VelorLogNoFlag auto& skipConsole,
+                   const std::string& logName = {}) = delete;
+    VelorLog::Stream stream(VelorLog::Level level, const VelorLogNoFlag auto& skipConsole,
+                            const std::string& logName = {}) = delete;
+    /// @}
+
     /// A Stream aimed at the log that logMessage would choose, or at none. It delivers without the manager's
     /// lock.
     VelorLog::Stream stream(VelorLog::Level level = VelorLog::Info, bool skipConsole = false,
@@ -256,12 +324,13 @@ public:
 
     /// Starts an application's logging: makes `directory` with its parents, creates in it the default log
     /// "name_yyyy-MM-dd_hh-mm-ss.log" of the present local time, and deletes the old logs of `name` there.
-    /// False if the directory cannot be made or written; nothing has changed then.
-    static bool setupDefaultLog(const std::string& name, const std::string& directory);
+    /// False if the directory cannot be made or written; nothing has changed then. `directory` is UTF-8.
+    [[nodiscard]] static bool setupDefaultLog(const std::string& name, const std::string& directory);
 
-    /// Deletes from `directory` the files named as setupDefaultLog names them for `name` whose time stamp is
-    /// a day old or older, and reports each on the default log. No other file is ever touched. A `name` with
-    /// a dot in it matches no file.
+    /// Deletes from `directory` the log files of `name` whose time stamp is a day old or older, and reports
+    /// each on the default log. Those are the files whose name ends with ".log", in capitals too, and is
+    /// "name_yyyy-MM-dd_hh-mm-ss" up to its first dot, so that "name_2026-01-31_14-03-27.backup.log" is one
+    /// of them. No other file is touched. A `name` with a dot in it matches no file.
     static void deleteOldLogFiles(const std::string& name, const std::string& directory);
 
 private:
