@@ -51,7 +51,7 @@ TEST(KelbIOSource, EverySourceKeepsTheContract)
 
 struct ModeRow
 {
-    const char* fault;
+    const char* rule;
     std::uint32_t mode;
     const char* before; ///< null for a missing file
     bool opens;
@@ -61,18 +61,18 @@ struct ModeRow
 };
 
 const ModeRow ModeRows[] = {
-    {"reading creates a file", KelbFile::ModeRead, nullptr, false, 0, "", "(missing)"},
-    {"reading allows a write", KelbFile::ModeRead, "abc", true, 0, "abc", "abc"},
-    {"writing keeps old content", KelbFile::ModeWrite, "abc", true, 1, "", "!"},
-    {"reading and writing empties", KelbFile::ModeReadWrite, "abc", true, 1, "abc", "abc!"},
-    {"reading and writing does not create", KelbFile::ModeReadWrite, nullptr, true, 1, "", "!"},
-    {"an unknown mode does not read", 7, "abc", true, 0, "abc", "abc"},
+    {"reading creates no file", KelbFile::ModeRead, nullptr, false, 0, "", "(missing)"},
+    {"reading allows no write", KelbFile::ModeRead, "abc", true, 0, "abc", "abc"},
+    {"writing empties the file", KelbFile::ModeWrite, "abc", true, 1, "", "!"},
+    {"reading and writing keeps the content", KelbFile::ModeReadWrite, "abc", true, 1, "abc", "abc!"},
+    {"reading and writing creates the file", KelbFile::ModeReadWrite, nullptr, true, 1, "", "!"},
+    {"an unknown mode reads", 7, "abc", true, 0, "abc", "abc"},
 };
 
 TEST(KelbFile, OpensAsItsModeSaysAndIsQuietOnceClosed)
 {
     for (const ModeRow& row : ModeRows) {
-        SCOPED_TRACE(row.fault);
+        SCOPED_TRACE(row.rule);
         const TestFolder folder;
         const std::string path = folder.narrowPath("f");
         if (row.before != nullptr) {

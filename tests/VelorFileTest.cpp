@@ -20,7 +20,7 @@ const char* const Missing = "(missing)";
 /// The names are relative to a fresh folder with a folder `full/sub` in it.
 struct Row
 {
-    const char* fault;
+    const char* rule;
     const char* target;
     const char* replacement;
     const char* backup;
@@ -32,18 +32,19 @@ struct Row
 };
 
 const Row Rows[] = {
-    {"new file not put in place", "t", "n", "b", "n", true, "n", Missing, Missing},
-    {"stale backup in the way", "t", "n", "b", "tnb", true, "n", Missing, Missing},
-    {"stale backup deleted without an old target", "t", "n", "b", "nb", true, "n", Missing, "b"},
-    {"old file touched without a new one", "t", "n", "b", "tb", false, "t", Missing, "b"},
-    {"no old file and no place for the new one", "no/t", "n", "b", "n", false, Missing, Missing, Missing},
-    {"no place for the backup", "t", "n", "full", "tn", false, "t", Missing, Missing},
-    {"new file is the target", "t", "full/../t", "b", "tb", false, "t", "t", "b"},
-    {"backup is the target", "t", "n", "full/../t", "tn", false, "t", "n", "t"},
-    {"backup is the new file", "t", "n", "./n", "tn", false, "t", "n", "n"},
-    {"new file comes from the backup", "t", "b", "b", "b", true, "b", Missing, Missing},
+    {"a new file stands in its place", "t", "n", "b", "n", true, "n", Missing, Missing},
+    {"a stale backup makes room", "t", "n", "b", "tnb", true, "n", Missing, Missing},
+    {"a stale backup stays without an old target", "t", "n", "b", "nb", true, "n", Missing, "b"},
+    {"without a new file nothing is touched", "t", "n", "b", "tb", false, "t", Missing, "b"},
+    {"a new file without a place is deleted", "no/t", "n", "b", "n", false, Missing, Missing, Missing},
+    {"without a place for the backup the old file stays", "t", "n", "full", "tn", false, "t", Missing,
+     Missing},
+    {"the target itself as new file is refused", "t", "full/../t", "b", "tb", false, "t", "t", "b"},
+    {"the target as backup is refused", "t", "n", "full/../t", "tn", false, "t", "n", "t"},
+    {"the new file as backup is refused", "t", "n", "./n", "tn", false, "t", "n", "n"},
+    {"a backup can be restored as new file", "t", "b", "b", "b", true, "b", Missing, Missing},
     // The new file moves away with the folder that it is to replace.
-    {"second move fails and the old one is not restored", "full", "full/n", "b", "", false, Missing, Missing,
+    {"the old one is restored if the second move fails", "full", "full/n", "b", "", false, Missing, Missing,
      Missing},
 };
 
@@ -56,7 +57,7 @@ bool replaceFile(const std::string& target, const std::string& replacement, cons
 TEST(VelorFile, ReplacesOrKeepsWhatWasThere)
 {
     for (const Row& row : Rows) {
-        SCOPED_TRACE(row.fault);
+        SCOPED_TRACE(row.rule);
         const TestFolder folder;
         std::filesystem::create_directories(folder.narrowPath("full/sub"));
         writeFile(folder.narrowPath("full/n"), "new");

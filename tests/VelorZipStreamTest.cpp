@@ -81,21 +81,21 @@ struct VelorZipStreamTest : testing::Test
 
 struct Name
 {
-    const char* fault;
+    const char* rule;
     const char* given;
     const char* entry; ///< null where the zip library rejects the name
 };
 
 const Name Names[] = {
-    {"backslash rejected on Linux", "Models\\Hero.fbx", "models/Hero.fbx"},
-    {"slash wins over the last backslash", "A\\B/C.txt", "a/B/C.txt"},
-    {"name without a folder in lower case", "Hero.TXT", "Hero.TXT"},
-    {"letters beyond ASCII", "\xC3\x84/\xC3\x84\xF0\x9F\x92\x83.txt",
+    {"a backslash separates on every system", "Models\\Hero.fbx", "models/Hero.fbx"},
+    {"the last backslash wins over a later slash", "A\\B/C.txt", "a/B/C.txt"},
+    {"a name without a folder keeps its case", "Hero.TXT", "Hero.TXT"},
+    {"letters beyond ASCII have a lower case", "\xC3\x84/\xC3\x84\xF0\x9F\x92\x83.txt",
      "\xC3\xA4/\xC3\x84\xF0\x9F\x92\x83.txt"},
-    {"leading separator", "/Hero.txt", nullptr},
-    {"colon behind one letter", "a:b.txt", nullptr},
-    {"way out of the target folder", "a/../../Hero.txt", nullptr},
-    {"empty name", "", nullptr},
+    {"a leading separator is rejected", "/Hero.txt", nullptr},
+    {"a drive is rejected", "a:b.txt", nullptr},
+    {"a way out of the target folder is rejected", "a/../../Hero.txt", nullptr},
+    {"an empty name is rejected", "", nullptr},
 };
 
 TEST_F(VelorZipStreamTest, NamesAreTheSameOnEverySystemAndRejectedOnesRaise)
@@ -107,10 +107,10 @@ TEST_F(VelorZipStreamTest, NamesAreTheSameOnEverySystemAndRejectedOnesRaise)
         EXPECT_TRUE(zip.addFolderEntry(q("FOO")));
         for (const Name& name : Names) {
             if (name.entry == nullptr) {
-                EXPECT_THROW(zip.addFile(q(name.given), "x", 1), Poco::Exception) << name.fault;
-                EXPECT_FALSE(zip.hasFile(q(name.given))) << name.fault;
+                EXPECT_THROW(zip.addFile(q(name.given), "x", 1), Poco::Exception) << name.rule;
+                EXPECT_FALSE(zip.hasFile(q(name.given))) << name.rule;
             } else {
-                EXPECT_TRUE(zip.addFile(q(name.given), "x", 1)) << name.fault;
+                EXPECT_TRUE(zip.addFile(q(name.given), "x", 1)) << name.rule;
                 records.push_back(name.entry + std::string(" 8 x"));
             }
         }
@@ -184,7 +184,8 @@ TEST_F(VelorZipStreamTest, InputThatCannotBePackedLosesTheArchiveForGood)
         }
         EXPECT_FALSE(QFile::exists(archive));
     }
-    EXPECT_FALSE(VelorZipStream(archive).addFile(QString(65536, u'n'), "x", 1)) << "the name was cut";
+    EXPECT_FALSE(VelorZipStream(archive).addFile(QString(65536, u'n'), "x", 1))
+        << "a name beyond 65,535 bytes";
     EXPECT_FALSE(QFile::exists(archive));
 }
 
