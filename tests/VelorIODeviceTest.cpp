@@ -35,6 +35,15 @@ QDomDocument dom()
     return document;
 }
 
+template <typename Value, typename Second>
+concept Writes =
+    requires(VelorIODevice& device, const Value& value, Second second) { device.write(value, second); };
+
+static_assert(Writes<void*, int> && Writes<unsigned char[4], std::uint64_t> && Writes<float*, unsigned>);
+static_assert(Writes<char[4], std::size_t> && Writes<std::nullptr_t, int>);
+static_assert(!Writes<void*, bool> && !Writes<unsigned char[4], bool> && !Writes<wchar_t[4], bool>);
+static_assert(!Writes<std::nullptr_t, bool> && !Writes<char, bool>);
+
 struct WriteRow
 {
     const char* fault;
@@ -57,6 +66,23 @@ const WriteRow WriteRows[] = {
     {"string terminated", [](auto& d) { return d.write(u"ab"_s, false); }, "ab"},
     {"null string not terminated", [](auto& d) { return d.write(QString(), true); }, "\0"s},
     {"null string fails", [](auto& d) { return d.write(QString(), false); }, ""},
+    {"literal taken for bytes", [](auto& d) { return d.write("\xC3\xA4\xFF", true); },
+     "\xC3\xA4\xEF\xBF\xBD\0"s},
+    {"literal with an integer taken for a text", [](auto& d) { return d.write("\xFF\0b", 3); }, "\xFF\0b"s},
+    {"UTF-8 literal taken for bytes", [](auto& d) { return d.write(u8"\u00E4", true); }, "\xC3\xA4\0"s},
+    {"UTF-16 literal taken for bytes", [](auto& d) { return d.write(u"\u00E4", false); }, "\xC3\xA4"},
+    {"buffer written beyond its end",
+     [](auto& d) {
+         return d.write(std::array{'a', '\0', 'b'}.data(), true);
+     },
+     "a\0"s},
+    {"null pointer read", [](auto& d) { return d.write(static_cast<const char*>(nullptr), true); }, "\0"s},
+    {"string cut", [](auto& d) { return d.write("a\0b"s, true); }, "a\0b\0"s},
+    {"UTF-8 view", [](auto& d) { return d.write(std::u8string_view(u8"\u00E4"), false); }, "\xC3\xA4"},
+    {"UTF-16 view", [](auto& d) { return d.write(std::u16string_view(u"\u00E4"), false); }, "\xC3\xA4"},
+    {"view of Qt", [](auto& d) { return d.write(QStringView(u"\u00E4"), true); }, "\xC3\xA4\0"s},
+    {"Latin-1 taken for UTF-8", [](auto& d) { return d.write("\xE4"_L1, true); }, "\xC3\xA4\0"s},
+    {"byte array taken for bytes", [](auto& d) { return d.write("\xFF"_ba, true); }, "\xEF\xBF\xBD\0"s},
     {"XML", [](auto& d) { return d.write(dom()); }, DomText},
     {"empty XML fails", [](auto& d) { return d.write(QDomDocument()); }, ""},
     {"JSON", [](auto& d) { return d.write(Json); }, JsonText},

@@ -78,7 +78,7 @@ public:
     /// document element. A file without a usable group is a success. Groups without words are left out,
     /// elements of other names are passed over. The time grows with the size of the file. Elements nested ten
     /// thousand deep are safe on a stack of 1 MiB; Qt's document tree needs more stack for more.
-    bool load(const QString& path);
+    [[nodiscard]] bool load(const QString& path);
 
     /// Whether one group holds both words, in any case. Groups that share a word are not joined, and a word
     /// that stands in no group is no synonym, not even of itself. Each call walks the groups in order.

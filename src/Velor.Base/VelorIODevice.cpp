@@ -57,10 +57,17 @@ VelorIODevice::VelorIODevice(KelbIOSource* source)
 
 VelorIODevice::~VelorIODevice() = default;
 
-bool VelorIODevice::write(const QString& text, bool terminate)
+bool VelorIODevice::write(const QString& text, bool terminate) { return write(QStringView(text), terminate); }
+
+bool VelorIODevice::write(QStringView text, bool terminate)
 {
     const QByteArray bytes = text.toUtf8();
     return writeBytes(*mSource, bytes, static_cast<std::uint64_t>(bytes.size()) + (terminate ? 1 : 0));
+}
+
+bool VelorIODevice::write(const QByteArray& text, bool terminate)
+{
+    return write(QString::fromUtf8(text), terminate);
 }
 
 bool VelorIODevice::write(const TVec3d<float>& value)
@@ -177,4 +184,19 @@ bool VelorIODevice::loadBytesFrom(const QString& path, unsigned char*& data, std
     const std::uint64_t came = file.read(data, size);
     std::fill(data + came, data + size, static_cast<unsigned char>(0));
     return true;
+}
+
+bool VelorIODevice::writeText(std::string_view text, bool terminate)
+{
+    return write(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())), terminate);
+}
+
+bool VelorIODevice::writeText(std::u8string_view text, bool terminate)
+{
+    return write(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())), terminate);
+}
+
+bool VelorIODevice::writeText(std::u16string_view text, bool terminate)
+{
+    return write(QStringView(text.data(), static_cast<qsizetype>(text.size())), terminate);
 }

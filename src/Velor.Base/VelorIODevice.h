@@ -6,10 +6,23 @@
 
 #include <concepts>
 #include <cstdint>
+#include <string_view>
+#include <type_traits>
 
+class QByteArray;
 class QDomDocument;
 class QJsonDocument;
 class QString;
+class QStringView;
+
+/// A literal, a zero-terminated text or a string of the standard library, with characters of this type.
+template <typename Text, typename Character>
+concept VelorTextOf =
+    std::convertible_to<const Text&, std::basic_string_view<Character>> && !std::is_null_pointer_v<Text>;
+
+/// What `VelorIODevice` writes as a text beside the strings of Qt: UTF-8 or UTF-16.
+template <typename Text>
+concept VelorText = VelorTextOf<Text, char> || VelorTextOf<Text, char8_t> || VelorTextOf<Text, char16_t>;
 
 /// Stores and loads typed values through any source, at its position.
 ///
@@ -43,13 +56,33 @@ public:
     /// @}
     ~VelorIODevice() override;
 
+    /// Raw bytes: `write(pointer, count)` with an integer as `count`. A `bool` there asks for a text.
     using KelbIODevice::write;
-    /// Writes the text in one call of the source. A U+0000 inside ends the string for `readString`, and a
-    /// leading U+FEFF is not read back.
+    /// Writes the text as UTF-8 in one call of the source. A U+0000 inside ends the string for `readString`,
+    /// and a leading U+FEFF is not read back.
+    ///
+    /// Every kind of text writes what the `QString` of it would, so that invalid units become U+FFFD: `char`,
+    /// `char8_t` and `QByteArray` hold UTF-8, `char16_t` UTF-16, `QLatin1String` Latin-1. A null pointer is
+    /// an empty text. A `bool` behind a pointer to anything else does not compile.
+    /// @{
     bool write(const QString& text, bool terminate);
-    /// A literal would be taken for raw bytes and `terminate` for their number.
-    template <std::same_as<bool> Bool>
-    bool write(const char* text, Bool terminate) = delete;
+    bool write(QStringView text, bool terminate);
+    bool write(const QByteArray& text, bool terminate);
+    template <VelorText Text, std::same_as<bool> Bool>
+    bool write(const Text& text, Bool terminate)
+    {
+        if constexpr (VelorTextOf<Text, char>) {
+            return writeText(viewOf<char>(text), terminate);
+        } else if constexpr (VelorTextOf<Text, char8_t>) {
+            return writeText(viewOf<char8_t>(text), terminate);
+        } else {
+            return writeText(viewOf<char16_t>(text), terminate);
+        }
+    }
+    template <typename Other, std::same_as<bool> Bool>
+        requires(!VelorText<Other> && !std::is_class_v<Other>)
+    bool write(const Other& other, Bool terminate) = delete;
+    /// @}
     /// Writes the components of one value, in the order that the table has.
     /// @{
     bool write(const TVec3d<float>& value);
@@ -89,5 +122,20 @@ public:
     /// Reads a whole file into `data`, which the caller frees by `delete[]`; bytes that cannot be read are 0.
     /// A file that is missing or cannot be opened changes nothing and gives false; an empty one sets `size`
     /// to 0 and gives false. A file too large for memory throws `std::bad_alloc`.
-    static bool loadBytesFrom(const QString& path, unsigned char*& data, std::uint64_t& size);
+    [[nodiscard]] static bool loadBytesFrom(const QString& path, unsigned char*& data, std::uint64_t& size);
+
+private:
+    template <typename Character, typename Text>
+    static std::basic_string_view<Character> viewOf(const Text& text)
+    {
+        if constexpr (std::is_pointer_v<Text>) {
+            return text == nullptr ? std::basic_string_view<Character>() : text;
+        } else {
+            return text;
+        }
+    }
+
+    bool writeText(std::string_view text, bool terminate);
+    bool writeText(std::u8string_view text, bool terminate);
+    bool writeText(std::u16string_view text, bool terminate);
 };
