@@ -5,29 +5,12 @@
 #include <stdexcept>
 
 /// Ends the program with one line on standard error.
-class Failure : public std::runtime_error
+struct Failure : std::runtime_error
 {
-public:
-    explicit Failure(const QString& text)
+    explicit Failure(const QString& text, int code = 1)
         : std::runtime_error(text.toStdString())
+        , exitCode(code)
     {}
-};
 
-/// The command line makes no sense.
-class UsageError : public Failure
-{
-public:
-    using Failure::Failure;
+    int exitCode;
 };
-
-/// `name` in quotes for a message of one line: control characters are shown as `\xNN`.
-inline QString quoted(const QString& name)
-{
-    QString shown;
-    for (const QChar letter : name) {
-        shown += letter.unicode() < 0x20 || letter.unicode() == 0x7F
-                     ? QStringLiteral("\\x%1").arg(letter.unicode(), 2, 16, QLatin1Char('0'))
-                     : QString(letter);
-    }
-    return u'\'' + shown + u'\'';
-}

@@ -4,175 +4,98 @@
 
 #include <Velor.Base/VelorWildcard.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QDirIterator>
 #include <QtCore/QHash>
-#include <QtCore/QSet>
 
 #include <algorithm>
 #include <filesystem>
 
+namespace fs = std::filesystem;
+
 namespace {
 
-constexpr auto Walk = QDirIterator::Subdirectories | QDirIterator::FollowSymlinks;
-
-bool isExcluded(const QString& name, const QList<QString>& excludes)
+QString nameOf(const fs::path& path, const fs::path& root)
 {
-    return VelorWildcard::check(name, excludes, Qt::CaseInsensitive);
-}
-
-QList<QString> foldersIn(const QDir& root)
-{
-    QList<QString> names;
-    QDirIterator found(root.path(), QDir::Dirs | QDir::NoDotAndDotDot, Walk);
-    while (found.hasNext()) {
-        names.append(root.relativeFilePath(found.next()));
+    const std::u8string relative = path.lexically_relative(root).generic_u8string();
+    const QByteArray bytes(reinterpret_cast<const char*>(relative.data()), qsizetype(relative.size()));
+    const QString name = QString::fromUtf8(bytes);
+    if (name.toUtf8() != bytes) {
+        throw Failure(QStringLiteral("'%1' cannot be packed: its name is no valid UTF-8").arg(name));
     }
-    return names;
+    return name;
 }
 
-bool isAnyOf(const QList<QString>& names, const QFileInfo& file)
+QString entryName(QString name)
 {
-    return std::any_of(names.begin(), names.end(),
-                       [&](const QString& name) { return QFileInfo(name) == file; });
+    const qsizetype end = name.replace(u'\\', u'/').lastIndexOf(u'/') + 1;
+    return name.left(end).toLower() + name.mid(end);
 }
 
-QList<FolderSurvey::File> filesIn(const QDir& root, const QList<QString>& excludes,
-                                  const QList<QString>& ownFiles)
+/// Raises an error of the system, but not for dangling links and links to themselves.
+fs::file_type typeOf(const fs::directory_entry& entry)
 {
-    QList<FolderSurvey::File> files;
-    QDirIterator found(root.path(), {QStringLiteral("*.*")}, QDir::Files, Walk);
-    while (found.hasNext()) {
-        const QString name = root.relativeFilePath(found.next());
-        const QFileInfo info = found.fileInfo();
-        if (!isExcluded(name, excludes) && !isAnyOf(ownFiles, info)) {
-            files.append({name, info.size(), info.lastModified()});
+    std::error_code error;
+    const fs::file_type type = entry.status(error).type();
+    if (type == fs::file_type::none && error != std::errc::too_many_symbolic_link_levels) {
+        throw fs::filesystem_error({}, error);
+    }
+    return type;
+}
+
+/// Whether this is a link to one of the folders that it lies in.
+bool isCircle(const fs::recursive_directory_iterator& entry)
+{
+    fs::path above = entry->path();
+    for (int depth = entry.depth(); depth >= 0 && entry->is_symlink(); --depth) {
+        above = above.parent_path();
+        if (fs::equivalent(above, entry->path())) {
+            return true;
         }
     }
-    return files;
+    return false;
 }
 
-/// Why packing leaves out this entry of a folder; null if it does not.
-const char* reasonToLeaveOut(const QFileInfo& entry)
+void requireDistinctEntries(const QList<FolderSurvey::File>& files)
 {
-    if (entry.isHidden()) {
-        return "hidden";
-    }
-    if (entry.isDir()) {
-        return nullptr;
-    }
-    if (!entry.isFile()) {
-        return entry.isSymLink() ? "a dangling link" : "no regular file";
-    }
-    return entry.fileName().contains(u'.') ? nullptr : "no full stop in its name";
-}
-
-void requireReadable(const QFileInfo& folder)
-{
-    if (!folder.isReadable() || !folder.isExecutable()) {
-        throw Failure(QStringLiteral("the folder %1 cannot be read").arg(quoted(folder.filePath())));
-    }
-}
-
-/// Names that are no valid text are invisible to Qt, and so to the packing.
-qsizetype invisibleEntries(const QDir& folder, qsizetype visible)
-{
-    std::error_code ignored;
-    const std::filesystem::directory_iterator entries(folder.path().toStdU16String(), ignored);
-    return std::distance(entries, {}) - visible;
-}
-
-class LeftOutWalk
-{
-public:
-    LeftOutWalk(const QDir& root, const QList<QString>& excludes)
-        : mRoot(root)
-        , mExcludes(excludes)
-    {
-        visit(QFileInfo(root.path()));
-    }
-
-    QList<FolderSurvey::LeftOut> leftOut;
-
-private:
-    void visit(const QFileInfo& folder)
-    {
-        requireReadable(folder);
-        if (mSeen.contains(folder.canonicalFilePath())) {
-            return;
-        }
-        mSeen.insert(folder.canonicalFilePath());
-        const QDir dir(folder.filePath());
-        const auto entries =
-            dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-        if (invisibleEntries(dir, entries.size()) > 0) {
-            leftOut.append({nameOf(folder) + QStringLiteral("/..."), "a name that is no valid UTF-8"});
-        }
-        for (const QFileInfo& entry : entries) {
-            look(entry);
-        }
-    }
-
-    void look(const QFileInfo& entry)
-    {
-        const char* const reason = reasonToLeaveOut(entry);
-        if (reason != nullptr) {
-            leftOut.append({nameOf(entry), reason});
-        } else if (entry.isFile() && isExcluded(entry.fileName(), mExcludes)) {
-            leftOut.append({nameOf(entry), "excluded", true});
-        } else if (entry.isDir()) {
-            visit(entry);
-        }
-    }
-
-    QString nameOf(const QFileInfo& entry) const { return mRoot.relativeFilePath(entry.filePath()); }
-
-    QDir mRoot;
-    QList<QString> mExcludes;
-    QSet<QString> mSeen; ///< links may lead in circles
-};
-
-/// The archive takes both separators alike and puts folders in lower case.
-QString nameInArchive(const QString& name)
-{
-    const qsizetype backslash = name.lastIndexOf(u'\\');
-    const qsizetype end = std::max<qsizetype>(backslash >= 0 ? backslash : name.lastIndexOf(u'/'), 0);
-    QString entry = name.left(end).toLower() + name.mid(end);
-    return entry.replace(u'\\', u'/');
-}
-
-void requireDistinctNames(const QList<FolderSurvey::File>& files)
-{
-    QHash<QString, QString> seen;
+    QHash<QString, QString> names;
     for (const FolderSurvey::File& file : files) {
-        QString& first = seen[nameInArchive(file.name)];
-        if (!first.isEmpty()) {
-            throw Failure(QStringLiteral("%1 and %2 would have one name in the archive")
-                              .arg(quoted(first), quoted(file.name)));
+        if (names.contains(file.entry)) {
+            throw Failure(QStringLiteral("'%1' and '%2' would have one name in the archive")
+                              .arg(names[file.entry], file.name));
         }
-        first = file.name;
+        names[file.entry] = file.name;
     }
 }
 
 } // namespace
 
-FolderSurvey FolderSurvey::of(const QString& folder, const QList<QString>& excludes,
-                              const QList<QString>& ownFiles)
+FolderSurvey::FolderSurvey(const QString& folder, const QList<QString>& excludes,
+                           const QList<QFileInfo>& ownFiles)
 {
-    const QDir root(QDir(folder).absolutePath());
-    FolderSurvey survey;
-    survey.leftOut = LeftOutWalk(root, excludes).leftOut;
-    survey.folders = foldersIn(root);
-    survey.files = filesIn(root, excludes, ownFiles);
-    requireDistinctNames(survey.files);
-    return survey;
-}
-
-qint64 FolderSurvey::bytes() const
-{
-    qint64 sum = 0;
-    for (const File& file : files) {
-        sum += file.size;
+    QString name = folder; // The last one that was looked at.
+    try {
+        const fs::path root = QFileInfo(folder).filesystemAbsoluteFilePath();
+        fs::recursive_directory_iterator entry(root, fs::directory_options::follow_directory_symlink);
+        for (; entry != fs::end(entry); ++entry) {
+            name = nameOf(entry->path(), root);
+            const QFileInfo info(folder + u'/' + name);
+            const fs::file_type type = typeOf(*entry);
+            if (type == fs::file_type::directory && !isCircle(entry)) {
+                folders.append(name);
+            } else if (type != fs::file_type::regular) {
+                leftOut.append(name);
+                entry.disable_recursion_pending();
+            } else if (VelorWildcard::check(name, excludes, Qt::CaseInsensitive)) {
+                excluded.append(name);
+            } else if (!ownFiles.contains(info)) {
+                files.append({name, entryName(name), info.filePath(), info.size(), info.lastModified()});
+                bytes += info.size();
+            }
+        }
+    } catch (const fs::filesystem_error& error) {
+        const QString reason = QString::fromStdString(error.code().message());
+        throw Failure(QStringLiteral("'%1' cannot be read: %2").arg(name, reason));
     }
-    return sum;
+    std::sort(folders.begin(), folders.end());
+    std::sort(files.begin(), files.end(), [](const File& a, const File& b) { return a.name < b.name; });
+    requireDistinctEntries(files);
 }

@@ -1,35 +1,29 @@
 #pragma once
 
 #include <QtCore/QDateTime>
+#include <QtCore/QFileInfo>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
-/// What packing a folder will take and what it will leave out, seen before the packing.
+/// What a folder holds, links followed. Names are relative to it; folders and files are in their order.
 struct FolderSurvey
 {
     struct File
     {
-        QString name; ///< relative to the folder
+        QString name;
+        QString entry; ///< in the archive: folders are in lower case, both separators are slashes
+        QString path;
         qint64 size = 0;
         QDateTime modified;
     };
 
-    /// A name and why it is left out.
-    struct LeftOut
-    {
-        QString name;
-        const char* reason = "";
-        bool isWanted = false; ///< by an exclusion pattern of the user
-    };
-
-    /// Looks at `folder`, where `ownFiles`, if they are there from an earlier time, do not count. Raises
-    /// Failure if some part of it cannot be read, or if two of its files would have one name in the archive.
-    static FolderSurvey of(const QString& folder, const QList<QString>& excludes,
-                           const QList<QString>& ownFiles);
-
-    qint64 bytes() const;
+    /// Files whose name matches one of `excludes`, and `ownFiles`, which the program itself writes, do not
+    /// count. Raises Failure if something with content cannot be read or packed.
+    FolderSurvey(const QString& folder, const QList<QString>& excludes, const QList<QFileInfo>& ownFiles);
 
     QList<QString> folders;
-    QList<File> files; ///< in the order of packing
-    QList<LeftOut> leftOut;
+    QList<File> files;
+    qint64 bytes = 0;
+    QList<QString> excluded;
+    QList<QString> leftOut; ///< what has no content: pipes, devices, dangling links and links in circles
 };

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """Runs motion_pack as its users do: check.py PROGRAM. Good folders are verified by programs that are not ours; for bad
-input there must be one line on standard error, an exit code that is not 0, and neither archive nor manifest."""
+input there must be one line on standard error, an exit code that is not 0, and the older archive and manifest."""
+import itertools
 import os
 import pathlib
+import re
 import resource
+import shutil
 import signal
-import stat
 import subprocess
 import sys
 import tempfile
@@ -16,8 +18,10 @@ sys.dont_write_bytecode = True
 import verify
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
+MISSING = "No such file or directory"
 SAMPLE = pathlib.Path(__file__).parent / "sample"
-ENVIRONMENT = {**os.environ, "LC_ALL": "C"}  # a locale for which Qt has a warning of its own
+# A locale for which Qt has a warning of its own, and no folder into which the thread sanitizer would write.
+ENVIRONMENT = {**os.environ, "LC_ALL": "C", "TMPDIR": "/missing"}
 
 
 def start(*arguments, **options):
@@ -42,66 +46,46 @@ class Place(unittest.TestCase):
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
 
-    def log_text(self):
-        return "".join(path.read_text() for path in self.out.glob("motion_pack_*.log"))
-
-    def pack(self, *options, folder=None, archive=None):
+    def pack(self, *options, folder=None, archive=None, warnings=()):
+        """Returns what was printed, and the names in the archive."""
         archive = archive or self.archive
         process = start(folder or self.folder, archive, *options)
         output, errors = process.communicate(timeout=120)
-        self.assertEqual((process.returncode, errors), (0, ""))
-        return output, verify.verify(str(folder or self.folder), str(archive))
-
-    def fails(self, process, *words, code=1):
-        _, errors = process.communicate(timeout=120)
-        self.assertEqual(process.returncode, code, errors)
-        self.assertEqual(errors.count("\n"), 1, errors)
-        self.assertTrue(errors.startswith("motion_pack: "), errors)
-        for word in words:
-            self.assertIn(word, errors)
-        left = [path.name for path in self.root.rglob("*") if ".zip" in path.name]
-        self.assertEqual(left, [])
+        self.assertEqual((process.returncode, errors.count("\n")), (0, len(warnings)), errors)
+        self.assertEqual(set(re.findall("not packed, as it has no content: '(.*)'", errors)), set(warnings))
+        verify.verify(str(folder or self.folder), str(archive))
+        return output, set(verify.read_manifest(f"{archive}.xxh64"))
 
 
 class GoodFolders(Place):
-    def test_sample_is_packed_logged_and_verified(self):
-        output, files = self.pack(folder=SAMPLE)
-        self.assertEqual(files, 11)
-        self.assertIn("packing: 100 %\npacked 11 files", output)
-        self.assertIn("[WARNING] - not packed: 'Notes/README'", self.log_text())
+    def test_sample_is_packed_and_verified(self):
+        output, names = self.pack(folder=SAMPLE)
+        self.assertEqual((len(names), "Notes/README" in names), (12, True))
+        self.assertRegex(output, r"packing: 100 %\npacked 12 files, 75.46 KiB, into '.*packed.zip', 1\d.\d\d KiB\n$")
+        self.assertEqual(sorted(os.listdir(self.out)), ["packed.zip", "packed.zip.xxh64"])
 
-    def test_odd_names_are_packed_and_manifested(self):
-        for name in ["new\nline.txt", "back\\slash.txt", " blanks .txt", "Ü/ß.txt", "quote'\".txt", "-c.txt", "💃.txt"]:
+    def test_whole_folder_is_packed_and_what_has_no_content_is_reported(self):
+        names = {"new\nline.txt", "back\\slash.txt", " blanks .txt", "Ü/ß.txt", "quote'\".txt", "-c.txt", "💃.txt"}
+        names |= {"Makefile", "makefile", ".hidden", ".dir/Deep/file"}
+        for name in [*names, "skip.tmp"]:
             self.put(name, name.encode())
-        self.assertEqual(self.pack()[1], 7)
+        links = {"dangling": "nowhere", "circle": ".", "loop": "loop", "null": "/dev/null", "link": "skip.tmp"}
+        for name, target in links.items():
+            (self.folder / name).symlink_to(target)
+        os.mkfifo(self.folder / "pi\npe")
+        left = ["dangling", "circle", "loop", "null", "pi\\x0ape"]
+        self.assertEqual(self.pack("--quiet", "-x", "*.TMP", warnings=left), ("", {*names, "link"}))
 
-    def test_what_is_left_out_is_told_in_the_log(self):
-        self.put("a.txt")
-        self.put(".hidden/b.txt")
-        self.put("skip.tmp")
-        (self.folder / "dangling.txt").symlink_to("nowhere")
-        (self.folder / "circle.d").symlink_to(".")
-        os.mkfifo(self.folder / "pipe.txt")
-        pathlib.Path(os.fsdecode(os.fsencode(self.folder) + b"/\xff.txt")).write_text("x")
-        self.assertEqual(self.pack("--exclude", "*.TMP")[1], 1)
-        told = ["'.hidden' (hidden)", "a dangling link", "no regular file", "no valid UTF-8"]
-        for reason in [*told, "[DBG0] - not packed: 'skip.tmp'"]:
-            self.assertIn(reason, self.log_text())
-
-    def test_own_output_inside_the_folder_is_not_packed_a_second_time_over(self):
-        self.put("a.txt")
-        for _ in range(2):  # the second time, the archive and its manifest are there
-            _, files = self.pack("--log-dir", self.out, archive=self.folder / "own.zip")
-            self.assertEqual(files, 1)
-        self.pack("--log-dir", self.folder)
-
-    def test_old_logs_go_without_a_word_on_the_console(self):
-        self.put("a.txt")
-        old = self.out / "motion_pack_2020-01-31_12-00-00.log"
-        old.write_text("old")
-        self.assertEqual(self.pack("--quiet")[0], "")
-        self.assertFalse(old.exists())
-        self.assertIn("Deleted log file: " + old.name, self.log_text())
+    def test_log_and_output_inside_the_folder_are_not_packed_and_other_logs_stay(self):
+        self.put("a.bin", b"x" * 5000)
+        self.put("motion_pack_2020-01-31_12-00-00.log")
+        archive = self.folder / "own.zip"
+        self.pack(archive=archive)  # the next time, the archive and its manifest are there
+        options = ["--log-dir", self.folder, "--exclude", "*00-00.log", "--store", "bin"]
+        self.assertEqual(self.pack(*options, archive=archive)[1], {"a.bin"})
+        self.assertGreater(archive.stat().st_size, 5000)
+        old, new = sorted(self.folder.glob("motion_pack_*.log"))
+        self.assertRegex(new.read_text(), rf"\[DBG0\] - excluded: '{old.name}'\n.* - packed 1 files")
 
     def test_reader_that_goes_away_does_not_end_the_packing(self):
         self.put("a.txt")
@@ -111,26 +95,41 @@ class GoodFolders(Place):
         process.stderr.close()
         self.assertEqual(verify.verify(str(self.folder), str(self.archive)), 1)
 
-    def test_stored_extensions_and_quiet(self):
-        self.put("a.txt", b"x" * 5000)
-        self.assertEqual(self.pack("--quiet", "--store", "txt")[0], "")
-        self.assertGreater(self.archive.stat().st_size, 5000)
-
 
 class BadInput(Place):
+    """An archive and a manifest of an earlier run are there: each failure leaves them as they are, and nothing else."""
+
+    def setUp(self):
+        super().setUp()
+        self.older = {"packed.zip": "older archive", "packed.zip.xxh64": "older manifest"}
+        self.write_older()
+
+    def write_older(self):
+        for name, text in self.older.items():
+            (self.out / name).write_text(text)
+
+    def assert_older(self):
+        self.assertEqual({path.name: path.read_text() for path in self.out.iterdir()}, self.older)
+
+    def fails(self, process, *words, code=1):
+        _, errors = process.communicate(timeout=120)
+        self.assertEqual(process.returncode, code, errors)
+        self.assertEqual(errors.count("\n"), 1, errors)
+        self.assertTrue(errors.startswith("motion_pack: "), errors)
+        for word in words:
+            self.assertIn(word, errors)
+        self.assert_older()
+
     def test_command_line(self):
-        for words in [[], [self.folder], [self.folder, self.archive, "third"], ["--unknown", "a", "b"], ["--store"]]:
+        for words in [[], [self.folder], [self.folder, self.archive, "third"], ["--unknown"], ["--store"], ["a", ""]]:
             self.fails(start(*words), code=2)
+        for pattern in ["[a", "sub/*.txt"]:
+            self.fails(start("-x", pattern, self.folder, self.archive), f"'{pattern}'", code=2)
 
     def test_folder(self):
-        file = self.root / "file.txt"
-        file.write_text("x")
-        self.put("no dot")
-        empty = self.folder
-        missing = self.root / "missing"
-        none = [(missing, "no folder"), ("", "no folder")]
-        for folder, word in [*none, (file, "is no folder"), (empty, "no file to pack")]:
-            self.fails(start(folder, self.archive), word)
+        bad = [("missing", MISSING), ("", MISSING), (__file__, "Not a dir"), (self.folder, "no file to pack")]
+        for folder, words in bad:
+            self.fails(start(folder, self.archive), f"'{folder}'", words)
 
     @unittest.skipIf(os.geteuid() == 0, "root reads everything")
     def test_unreadable_parts(self):
@@ -138,72 +137,98 @@ class BadInput(Place):
         self.put("b.txt")
         for path in [self.folder / "b.txt", self.folder / "sub", self.folder]:
             path.chmod(0)
-            self.fails(start(self.folder, self.archive), "cannot be read", path.name)
+            self.fails(start(self.folder, self.archive), "cannot be read: Permission denied", path.name)
             path.chmod(0o700)
 
-    def test_place_of_the_archive(self):
-        self.put("a.txt")
-        missing = self.root / "missing"
-        taken = [(self.out, "no file"), ("/dev/full", "no file")]
-        for archive, word in [(missing / "a.zip", f"'{missing}'"), ("/proc/a.zip", "/proc"), *taken]:
-            self.fails(start(self.folder, archive), word)
-        self.assertFalse(missing.exists())
-        self.assertTrue(stat.S_ISCHR(os.stat("/dev/full").st_mode))
-        self.fails(start(self.folder, self.archive, "--log-dir", "/proc/log"), "no log")
+    def test_names(self):
+        bad = [("a:b", "'a:b' cannot be the name"), ("~/c", "'~' cannot be the name"), (b"\xff", "no valid UTF-8")]
+        for name, words in [*bad, ("Sub/a", "'Sub/a' and 'sub/a' would have one name")]:
+            self.put("sub/a")
+            self.put(os.fsdecode(name))
+            self.fails(start(self.folder, self.archive), words)
+            shutil.rmtree(self.folder)
 
-    def test_full_disk_at_many_points(self):
+    def test_places(self):
+        self.put("a.txt")
+        for archive, word in [("/missing/a.zip", MISSING), ("/proc/a.zip", MISSING), ("/dev/full", "cannot be ")]:
+            self.fails(start(self.folder, archive), f"'{archive}'", word)
+        (self.root / "taken.xxh64").mkdir()
+        self.fails(start(self.folder, self.root / "taken"), "taken.xxh64' cannot be replaced: it is no file")
+        self.fails(start(self.folder, self.archive, "--log-dir", "missing"), "'missing'", MISSING)
+        self.assertTrue(pathlib.Path("/dev/full").is_char_device())
+
+    def test_limit_of_the_file_size_at_many_points(self):
         self.put("Deep/a.txt", os.urandom(3000))
         self.put("b.png", os.urandom(3000))
-        self.pack()
-        size = self.archive.stat().st_size
-        self.archive.unlink()
-        os.unlink(f"{self.archive}.xxh64")
+        self.pack(archive=self.root / "whole.zip")
+        size = (self.root / "whole.zip").stat().st_size
         for limit in [0, 1, 50, 2900, 3100, size - 300, size - 1]:
+            limits = (resource.RLIMIT_FSIZE, (limit, limit))
+            process = start(self.folder, self.archive, preexec_fn=lambda: resource.setrlimit(*limits))
+            self.fails(process, "File too large")
 
-            def fill():
-                signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-                resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+    def test_full_disk_under_the_archive_or_the_manifest(self):
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=24k", "none", self.out], capture_output=True).returncode:
+            self.skipTest("no right to mount a small disk")
+        self.addCleanup(subprocess.run, ["umount", self.out])
+        self.write_older()
+        for size, name in [(30000, "packed.zip"), (13000, "packed.zip.xxh64")]:
+            self.put("a.bin", os.urandom(size))
+            self.fails(start(self.folder, self.archive), f"{name}' cannot be written: No space left on device")
 
-            self.fails(start(self.folder, self.archive, preexec_fn=fill, restore_signals=False), "disk full")
+    def test_failed_rename_leaves_the_older_pair_and_a_kill_no_mixed_one(self):
+        trace = ["strace", "-f", "-qq", "-o", "/dev/null"]
+        if not shutil.which("strace") or subprocess.run([*trace, "true"], capture_output=True).returncode:
+            self.skipTest("strace is not there, or has no right to trace")
+        self.put("a.txt")
+        codes = []
+        calls = ["/^rename(at)?$", "renameat2"]
+        for fault, call, nth in itertools.product(["error=EIO", "signal=KILL"], calls, [1, 2]):
+            self.write_older()
+            words = [*trace, "-e", f"inject={call}:{fault}:when={nth}", PROGRAM, self.folder, self.archive]
+            environment = {**ENVIRONMENT, "ASAN_OPTIONS": "detect_leaks=0"}  # cannot be traced itself
+            codes.append(subprocess.run(words, capture_output=True, env=environment).returncode)
+            content = {path.name: path.read_bytes() for path in self.out.rglob("*") if path.is_file()}
+            if codes[-1] == 1:
+                self.assert_older()
+            elif codes[-1] == 0 or content.get("packed.zip.xxh64", b"older manifest") != b"older manifest":
+                verify.verify(str(self.folder), str(self.archive))
+            else:  # What is not in its place is in the temporary folder.
+                self.assertLessEqual({b"older archive", b"older manifest"}, set(content.values()))
+            shutil.rmtree(self.out)
+            self.out.mkdir()
+        self.assertEqual(set(codes), {0, 1, -9})
 
-    def test_rejected_name_is_told(self):
-        self.put("c.txt")
-        self.put("sub/a:b.txt")
-        self.put("a:b.txt")
-        self.fails(start(self.folder, self.archive), "'a:b.txt' cannot be the name")
-        os.unlink(self.folder / "a:b.txt")
-        (self.folder / "~").mkdir()
-        self.fails(start(self.folder, self.archive), "'~' cannot be the name")
-
-    def test_two_files_of_one_name(self):
-        self.put("Sub/a.txt")
-        self.put("sub/a.txt")
-        self.fails(start(self.folder, self.archive), "Sub/a.txt", "sub/a.txt", "one name")
-
-    def slow_pack(self):
-        """A packing that is under way and has a while to go; the name of the file that comes last."""
-        for index in range(400):
-            self.put(f"{index}.bin", os.urandom(100_000))
-        process = start(self.folder, self.archive)
-        while not self.archive.exists() or self.archive.stat().st_size < 1_000_000:
+    def slow_pack(self, size, count=1, **options):
+        """A packing that is under way and has a while to go, and the file that comes last."""
+        for index in range(count):
+            self.put(f"{index:03}.bin")
+            os.truncate(self.folder / f"{index:03}.bin", size)
+        process = start(self.folder, self.archive, **options)
+        while not any(self.out.glob("*/new.zip")):
             self.assertIsNone(process.poll())
             time.sleep(0.005)
-        return process, [entry.name for entry in os.scandir(self.folder)][-1]
+        return process, self.folder / f"{count - 1:03}.bin"
 
-    def test_vanished_file_is_told(self):
-        process, last = self.slow_pack()
-        os.unlink(self.folder / last)
-        self.fails(process, f"'{last}' cannot be read")
+    def test_file_that_changes_or_vanishes(self):
+        changes = [(lambda file: file.write_bytes(b"other"), "changed while"), (pathlib.Path.unlink, MISSING)]
+        for change, words in changes:
+            process, last = self.slow_pack(1_000_000, 200)
+            change(last)
+            self.fails(process, f"'{last.name}'", words)
 
-    def test_changed_file_is_told(self):
-        process, last = self.slow_pack()
-        (self.folder / last).write_bytes(b"other")
-        self.fails(process, f"'{last}' changed while it was packed")
-
-    def test_interruption_leaves_nothing(self):
-        process, _ = self.slow_pack()
-        process.send_signal(signal.SIGINT)
-        self.fails(process, "interrupted")
+    def test_signal_in_one_large_file_ends_the_program_within_a_second(self):
+        nohup = {"preexec_fn": lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN)}
+        for number in [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT]:
+            is_ignoring = number == signal.SIGINT
+            process, _ = self.slow_pack(4_000_000_000, **(nohup if is_ignoring else {}))
+            if is_ignoring:
+                process.send_signal(signal.SIGHUP)
+            time.sleep(0.3)
+            begin = time.monotonic()
+            process.send_signal(number)
+            self.fails(process, f"interrupted by signal {number.value}", code=-number)
+            self.assertLess(time.monotonic() - begin, 1)
 
 
 if __name__ == "__main__":

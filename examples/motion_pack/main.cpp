@@ -1,218 +1,259 @@
-#include "CommandLine.h"
 #include "Failure.h"
 #include "FolderSurvey.h"
-#include "Interruption.h"
-#include "Manifest.h"
-#include "PackLog.h"
-#include "PackProgress.h"
+#include "Output.h"
+#include "Watcher.h"
 
-#include <Velor.Base/VelorZipStream.h>
+#include <Velor.Base/VelorLog.h>
+#include <Velor.Base/VelorVersion.h>
+#include <Velor.Base/VelorXxHash.h>
 
+#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
+#include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QTemporaryDir>
+#include <QtCore/QLocale>
+#include <QtCore/QRegularExpression>
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 /// \file
-/// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it and a log. Either
-/// both the archive and the manifest stand at the end, or neither.
+/// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it.
 
 namespace {
 
 constexpr int ExitFailure = 1;
 constexpr int ExitUsage = 2;
+constexpr qsizetype BlockSize = 1 << 20;
 
-void requireFolder(const QString& name)
+constexpr const char* Description =
+    "Packs all files of a folder, links followed, into a zip archive, and writes a manifest beside it:\n"
+    "ARCHIVE.xxh64 has the XXH64 digest of each file, for 'xxhsum -c' in the folder. The archive has folder\n"
+    "names in lower case. What has no content (pipes, devices, dangling links) gets a warning.\n"
+    "\n"
+    "An older archive and its manifest are replaced at the end. After a failure or an interruption they are\n"
+    "as before; a process that is killed leaves a folder ARCHIVE.??????, with what is missing in its place.";
+
+void log(VelorLog::Level level, const QString& text)
 {
-    const QFileInfo folder(name);
-    if (!folder.exists()) {
-        throw Failure(QStringLiteral("there is no folder %1").arg(quoted(name)));
-    }
-    if (!folder.isDir()) {
-        throw Failure(QStringLiteral("%1 is no folder").arg(quoted(name)));
+    if (VelorLogManager::getSingleton().getDefaultLog() != nullptr) {
+        VelorLogManager::getSingleton().logMessage(text.toStdString(), level, true);
     }
 }
 
-void requirePlaceForArchive(const QString& name)
+/// One line on standard error, whatever a file is called, and in the log.
+void report(VelorLog::Level level, const QString& text)
 {
-    const QFileInfo archive(name);
-    const QFileInfo place(archive.path());
-    if (!place.isDir()) {
-        throw Failure(QStringLiteral("there is no folder %1 for the archive").arg(quoted(archive.path())));
+    QString line;
+    for (const QChar letter : text) {
+        line += letter.category() == QChar::Other_Control
+                    ? QStringLiteral("\\x%1").arg(uint(letter.unicode()), 2, 16, QLatin1Char('0'))
+                    : QString(letter);
     }
-    if (archive.exists() && !archive.isFile()) {
-        throw Failure(
-            QStringLiteral("the archive %1 would replace something that is no file").arg(quoted(name)));
-    }
-    if (!place.isWritable()) {
-        throw Failure(QStringLiteral("the archive cannot be created: the folder %1 is not writable")
-                          .arg(quoted(archive.path())));
+    std::fprintf(stderr, "motion_pack: %s\n", qUtf8Printable(line));
+    log(level, line);
+}
+
+QString latin1(const char* text) { return QString::fromLatin1(text); }
+
+/// A pattern with a slash would silently match nothing.
+void requireWildcard(const QString& pattern)
+{
+    if (!QRegularExpression::fromWildcard(pattern).isValid() || pattern.contains(u'/')) {
+        throw Failure(QStringLiteral("'%1' is no wildcard for file names").arg(pattern), ExitUsage);
     }
 }
 
-void logSurvey(const FolderSurvey& survey)
+void parse(QCommandLineParser& options, const QStringList& words)
 {
-    for (const FolderSurvey::LeftOut& entry : survey.leftOut) {
-        log(entry.isWanted ? VelorLog::Debug0 : VelorLog::Warning,
-            QStringLiteral("not packed: %1 (%2)").arg(quoted(entry.name), QLatin1String(entry.reason)));
+    options.setApplicationDescription(latin1(Description));
+    options.addPositionalArgument(latin1("FOLDER"), latin1("The folder to pack."));
+    options.addPositionalArgument(latin1("ARCHIVE"), latin1("The zip file."));
+    options.addOptions({
+        {{latin1("x"), latin1("exclude")},
+         latin1("Leave out files whose name matches this wildcard."),
+         latin1("PATTERN")},
+        {latin1("store"),
+         latin1("Do not compress files with this extension. The first takes the place of gif, "
+                "jpeg, jpg and png."),
+         latin1("EXT")},
+        {latin1("log-dir"), latin1("Write a log into this folder; without it, there is none."),
+         latin1("DIR")},
+        {{latin1("q"), latin1("quiet")}, latin1("Print nothing but warnings and errors.")},
+    });
+    const QCommandLineOption help = options.addHelpOption();
+    const QCommandLineOption version = options.addVersionOption();
+    if (!options.parse(words)) {
+        throw Failure(options.errorText(), ExitUsage);
     }
-    log(VelorLog::Info,
-        QStringLiteral("%1 files with %2 bytes to pack").arg(survey.files.size()).arg(survey.bytes()));
-}
-
-/// The zip library does not say which name it rejected: try them all on an archive of no account.
-QString rejectedName(const FolderSurvey& survey)
-{
-    const QTemporaryDir temporary;
-    VelorZipStream trial(temporary.filePath(QStringLiteral("trial.zip")));
-    QString name;
-    try {
-        for (const QString& folder : survey.folders) {
-            trial.addFolderEntry(name = folder);
-        }
-        for (const FolderSurvey::File& file : survey.files) {
-            trial.addFile(name = file.name, nullptr, 0);
-        }
-    } catch (const std::exception&) {
-        return name;
+    if (options.isSet(help)) {
+        options.showHelp();
     }
-    return {};
-}
-
-QString whyPackingStopped(const CommandLine& wanted, const FolderSurvey& survey, qsizetype filesPacked)
-{
-    if (filesPacked < survey.files.size()) {
-        const QString name = survey.files[filesPacked].name;
-        if (!digestOfFile(QDir(wanted.folder).filePath(name))) {
-            return QStringLiteral("the file %1 cannot be read").arg(quoted(name));
-        }
+    if (options.isSet(version)) {
+        options.showVersion();
     }
-    return QStringLiteral("the archive %1 cannot be written; is the disk full?").arg(quoted(wanted.archive));
-}
-
-QString howFolderChanged(const CommandLine& wanted, const FolderSurvey& survey)
-{
-    for (const FolderSurvey::File& file : survey.files) {
-        if (!QFileInfo::exists(QDir(wanted.folder).filePath(file.name))) {
-            return QStringLiteral("the file %1 vanished while the folder was packed").arg(quoted(file.name));
-        }
+    const QStringList names = options.positionalArguments();
+    if (names.size() != 2 || QFileInfo(names.last()).fileName().isEmpty()) {
+        throw Failure(latin1("one FOLDER and one ARCHIVE are needed"), ExitUsage);
     }
-    return QStringLiteral("the folder %1 changed while it was packed").arg(quoted(wanted.folder));
-}
-
-void addFolder(VelorZipStream& zip, const CommandLine& wanted, const FolderSurvey& survey)
-{
-    PackProgress progress(wanted.isQuiet);
-    try {
-        if (!zip.addFolder(wanted.folder, true, wanted.excludes, &progress)) {
-            throw Failure(whyPackingStopped(wanted, survey, progress.files()));
-        }
-    } catch (const Failure&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw Failure(QStringLiteral("%1 cannot be the name of an archive's entry (%2)")
-                          .arg(quoted(rejectedName(survey)), QLatin1String(error.what())));
-    }
-    if (progress.files() != survey.files.size()) {
-        throw Failure(howFolderChanged(wanted, survey));
+    for (const QString& pattern : options.values(latin1("exclude"))) {
+        requireWildcard(pattern);
     }
 }
 
-/// Leaves the archive and the manifest, or neither.
-void pack(const CommandLine& wanted, const FolderSurvey& survey)
+/// Returns the new log's path. Other logs in the folder stay.
+QString startLog(const QString& folder)
 {
-    auto zip = std::make_unique<VelorZipStream>(wanted.archive);
-    if (!zip->isOpen()) {
-        throw Failure(QStringLiteral("the archive %1 cannot be created").arg(quoted(wanted.archive)));
+    const QString name = QDateTime::currentDateTime().toString(latin1("'motion_pack_'yyyy-MM-dd_hh-mm-ss"));
+    QFile file(QFileInfo(folder).absoluteFilePath() + u'/' + name + latin1(".log"));
+    if (!file.open(QIODevice::WriteOnly)) {
+        throw Failure(QStringLiteral("no log can be written in '%1': %2").arg(folder, file.errorString()));
     }
-    QFile::remove(wanted.manifest()); // That of an older archive is wrong from now on.
-    for (const QString& extension : wanted.storeExtensions) {
-        zip->addUncompressedExtension(extension);
-    }
-    try {
-        addFolder(*zip, wanted, survey);
-        zip.reset();
-        if (!QFileInfo::exists(wanted.archive)) {
-            throw Failure(QStringLiteral("the archive %1 cannot be finished; is the disk full?")
-                              .arg(quoted(wanted.archive)));
-        }
-        log(VelorLog::Info,
-            QStringLiteral("archive finished, %1 bytes").arg(QFileInfo(wanted.archive).size()));
-        writeManifest(wanted.manifest(), wanted.folder, survey.files);
-        log(VelorLog::Info, QStringLiteral("manifest written: %1").arg(quoted(wanted.manifest())));
-    } catch (...) {
-        zip.reset();
-        QFile::remove(wanted.archive);
-        throw;
-    }
+    VelorLogManager::getSingleton().createLog(name.toStdString(), folder.toStdString(), true);
+    return file.fileName();
 }
 
-void printSummary(const CommandLine& wanted, const FolderSurvey& survey, const QString& logPath)
+/// Reads the folder, and reports what will be missing in the archive.
+FolderSurvey lookAtFolder(const QCommandLineParser& options)
 {
-    const qint64 packed = QFileInfo(wanted.archive).size();
-    const double percent = 100.0 * double(packed) / double(std::max<qint64>(survey.bytes(), 1));
-    std::printf("packed %lld files: %lld bytes into %lld (%.1f %%)\n",
-                static_cast<long long>(survey.files.size()), static_cast<long long>(survey.bytes()),
-                static_cast<long long>(packed), percent);
-    if (!survey.leftOut.isEmpty()) {
-        std::printf("left out: %lld, named in the log\n", static_cast<long long>(survey.leftOut.size()));
+    const QString folder = options.positionalArguments().first();
+    const QString archive = options.positionalArguments().last();
+    QList<QFileInfo> ownFiles = {QFileInfo(archive), QFileInfo(Output::manifestOf(archive))};
+    if (options.isSet(latin1("log-dir"))) {
+        ownFiles.append(QFileInfo(startLog(options.value(latin1("log-dir")))));
     }
-    std::printf("archive:  %s\nmanifest: %s\nlog:      %s\n", qUtf8Printable(wanted.archive),
-                qUtf8Printable(wanted.manifest()), qUtf8Printable(logPath));
-}
-
-void run(CommandLine wanted)
-{
-    requireFolder(wanted.folder);
-    requirePlaceForArchive(wanted.archive);
-    const QString logPath = startLog(wanted.logFolder);
-    log(VelorLog::Info,
-        QStringLiteral("packing %1 into %2").arg(quoted(wanted.folder), quoted(wanted.archive)));
-    // It may lie in the folder, and would grow while it is packed.
-    wanted.excludes.append(QFileInfo(logPath).fileName());
-
-    const FolderSurvey survey =
-        FolderSurvey::of(wanted.folder, wanted.excludes, {wanted.archive, wanted.manifest()});
-    logSurvey(survey);
+    FolderSurvey survey(folder, options.values(latin1("exclude")), ownFiles);
+    for (const QString& name : survey.excluded) {
+        log(VelorLog::Debug0, QStringLiteral("excluded: '%1'").arg(name));
+    }
+    for (const QString& name : survey.leftOut) {
+        report(VelorLog::Warning, QStringLiteral("not packed, as it has no content: '%1'").arg(name));
+    }
     if (survey.files.isEmpty()) {
-        throw Failure(QStringLiteral("the folder %1 holds no file to pack").arg(quoted(wanted.folder)));
+        throw Failure(QStringLiteral("'%1' holds no file to pack").arg(folder));
     }
-    pack(wanted, survey);
-    if (!wanted.isQuiet) {
-        printSummary(wanted, survey, logPath);
+    return survey;
+}
+
+QByteArray digestOf(const FolderSurvey::File& file)
+{
+    QFile input(file.path);
+    VelorXxHash hash;
+    QByteArray block(BlockSize, Qt::Uninitialized);
+    qint64 count = input.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? 1 : -1;
+    while (count > 0) {
+        count = input.read(block.data(), block.size());
+        hash.addBytes(block.constData(), static_cast<std::uint64_t>(std::max<qint64>(count, 0)));
+    }
+    if (count < 0) {
+        throw Failure(QStringLiteral("'%1' cannot be read: %2").arg(file.name, input.errorString()));
+    }
+    return QByteArray::number(qulonglong(hash.hash()), 16).rightJustified(16, '0');
+}
+
+/// A name with a line break is escaped as checksum tools do it.
+QByteArray manifestLine(const QByteArray& digest, const QString& name)
+{
+    QByteArray text = name.toUtf8();
+    if (!text.contains('\n')) {
+        return digest + "  " + text + '\n';
+    }
+    return '\\' + digest + "  " + text.replace('\\', "\\\\").replace('\n', "\\n") + '\n';
+}
+
+/// Adds by `add`. A name that a zip archive must not have is an exception of the library.
+template <typename Add>
+bool addEntry(const QString& name, const Add& add)
+{
+    try {
+        return add();
+    } catch (const std::exception& error) {
+        throw Failure(QStringLiteral("'%1' cannot be the name of an archive's entry (%2)")
+                          .arg(name, QString::fromUtf8(error.what())));
     }
 }
 
-int fail(const std::exception& error, int exitCode)
+void packFile(const FolderSurvey::File& file, Output& output)
 {
-    std::fprintf(stderr, "motion_pack: %s\n", error.what());
-    log(VelorLog::Error, QString::fromUtf8(error.what()));
-    return exitCode;
+    const bool isAdded = addEntry(file.name, [&] { return output.zip().addFile(file.entry, file.path); });
+    if (!isAdded) {
+        digestOf(file); // Raises Failure if it is the file that cannot be read.
+    }
+    const QFileInfo now(file.path);
+    if (now.size() != file.size || now.lastModified() != file.modified) {
+        throw Failure(QStringLiteral("'%1' changed while it was packed").arg(file.name));
+    }
+    if (!isAdded) {
+        output.failToWrite();
+    }
+}
+
+/// Returns the manifest.
+QByteArray pack(const FolderSurvey& survey, Output& output, Watcher& watcher)
+{
+    for (const QString& folder : survey.folders) {
+        if (!addEntry(folder, [&] { return output.zip().addFolderEntry(folder); })) {
+            output.failToWrite();
+        }
+    }
+    QByteArray manifest;
+    qint64 packed = 0;
+    for (const FolderSurvey::File& file : survey.files) {
+        manifest += manifestLine(digestOf(file), file.name);
+        watcher.setProgress(packed, file.size);
+        packFile(file, output);
+        packed += file.size;
+    }
+    watcher.setProgress(packed, 0);
+    return manifest;
+}
+
+void run(const QCommandLineParser& options)
+{
+    const QString archive = options.positionalArguments().last();
+    const bool isQuiet = options.isSet(latin1("quiet"));
+    const FolderSurvey survey = lookAtFolder(options);
+    Watcher::catchSignals();
+    Output output(archive);
+    for (const QString& extension : options.values(latin1("store"))) {
+        output.zip().addUncompressedExtension(extension);
+    }
+    Watcher watcher(output.temporaryFolder(), survey.bytes, isQuiet);
+    const QByteArray manifest = pack(survey, output, watcher);
+    watcher.stop();
+    output.finish(manifest);
+
+    const QLocale locale = QLocale::c();
+    const QString summary =
+        QStringLiteral("packed %1 files, %2, into '%3', %4")
+            .arg(QString::number(survey.files.size()), locale.formattedDataSize(survey.bytes), archive,
+                 locale.formattedDataSize(QFileInfo(archive).size()));
+    log(VelorLog::Info, summary);
+    if (!isQuiet) {
+        std::printf("%s\n", qUtf8Printable(summary));
+    }
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    logQtMessages();
+    // Standard error is for the program's own lines.
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { log(VelorLog::Debug0, text); });
     const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(VelorVersion::current().toString());
     try {
-        const CommandLine wanted = CommandLine::parse(QCoreApplication::arguments());
-        if (wanted.isHelpWanted) {
-            std::printf("%s", qUtf8Printable(CommandLine::helpText()));
-            return 0;
-        }
-        awaitInterruption();
-        run(wanted);
+        QCommandLineParser options;
+        parse(options, QCoreApplication::arguments());
+        run(options);
         return 0;
-    } catch (const UsageError& error) {
-        return fail(error, ExitUsage);
+    } catch (const Failure& error) {
+        report(VelorLog::Error, QString::fromUtf8(error.what()));
+        return error.exitCode;
     } catch (const std::exception& error) {
-        return fail(error, ExitFailure);
+        report(VelorLog::Error, QString::fromUtf8(error.what()));
+        return ExitFailure;
     }
 }
