@@ -1,51 +1,15 @@
-#include "Pictures.h"
-
-#include <Velor.Base/VelorMath.h>
-
-#include <functional>
+#include "Picture.h"
 
 namespace {
 
-constexpr double Margin = 40;
-constexpr QRectF Plot{84, 120, 420, 420};
+constexpr QSize Size(860, 600);
+constexpr QRectF Plot(84, 120, 420, 420);
 constexpr double LegendLeft = 556;
 constexpr double LegendRow = 30;
-
-using Easing = std::function<float(float)>;
-
-struct Series
-{
-    QString name;
-    Easing easing;
-    QPen pen;
-};
 
 QPointF toPicture(double t, double value)
 {
     return {Plot.left() + t * Plot.width(), Plot.bottom() - value * Plot.height()};
-}
-
-/// From a pale to the full colour of the curve as the exponent grows.
-QColor shade(const Theme& theme, double share)
-{
-    const auto mix = [share](int from, int to) { return int(from + (to - from) * share); };
-    return QColor(mix(theme.ground.red(), theme.curve.red()), mix(theme.ground.green(), theme.curve.green()),
-                  mix(theme.ground.blue(), theme.curve.blue()));
-}
-
-QList<Series> allSeries(const Theme& theme)
-{
-    QList<Series> all;
-    double share = 0.4;
-    for (const float exponent : {1.0F, 1.5F, 2.0F, 3.0F, 5.0F}) {
-        all.append({QStringLiteral("easeInEaseOut, exponent %1").arg(double(exponent)),
-                    [exponent](float t) { return VelorMath::easeInEaseOut(t, exponent); },
-                    QPen(shade(theme, share), 2.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin)});
-        share += 0.15;
-    }
-    all.append({QStringLiteral("smootherStep"), VelorMath::smootherStep,
-                QPen(theme.otherSide, 2.6, Qt::DashLine, Qt::FlatCap, Qt::RoundJoin)});
-    return all;
 }
 
 void drawAxes(QPainter& painter, const Theme& theme)
@@ -54,50 +18,59 @@ void drawAxes(QPainter& painter, const Theme& theme)
     painter.setFont(textFont(12));
     for (int i = 0; i <= Ticks; ++i) {
         const double value = double(i) / Ticks;
-        painter.setPen(QPen(theme.grid, 1));
-        painter.drawLine(toPicture(value, 0), toPicture(value, 1));
-        painter.drawLine(toPicture(0, value), toPicture(1, value));
-        painter.setPen(theme.muted);
         const QPointF below = toPicture(value, 0);
-        painter.drawText(QRectF(below.x() - 30, below.y() + 8, 60, 18), Qt::AlignHCenter,
-                         QString::number(value));
         const QPointF beside = toPicture(0, value);
+        painter.setPen(QPen(theme.grid, 1));
+        painter.drawLine(below, toPicture(value, 1));
+        painter.drawLine(beside, toPicture(1, value));
+        painter.setPen(theme.muted);
+        painter.drawText(QRectF(below.x() - 30, below.y() + 8, 60, 18), Qt::AlignHCenter, numberText(value));
         painter.drawText(QRectF(beside.x() - 50, beside.y() - 9, 40, 18), Qt::AlignRight | Qt::AlignVCenter,
-                         QString::number(value));
+                         numberText(value));
     }
-    const QPointF end = toPicture(1, 0);
-    painter.drawText(QRectF(end.x() + 14, end.y() - 9, 20, 18), Qt::AlignLeft | Qt::AlignVCenter,
+    painter.drawText(QRectF(Plot.right() + 14, Plot.bottom() - 9, 20, 18), Qt::AlignVCenter,
                      QStringLiteral("t"));
 }
 
-void drawSeries(QPainter& painter, const Series& series)
+/// Draws the curve of `easing`, and its row of the legend.
+void drawCurve(QPainter& painter, const Theme& theme, const QPen& pen, int row, const QString& name,
+               const std::function<float(float)>& easing)
 {
     constexpr int Steps = 200;
     QPolygonF line;
     for (int i = 0; i <= Steps; ++i) {
         const float t = float(i) / Steps;
-        line.append(toPicture(double(t), double(series.easing(t))));
+        line.append(toPicture(double(t), double(easing(t))));
     }
-    painter.setPen(series.pen);
+    const double height = Plot.top() + LegendRow * (row + 0.5);
+    painter.setPen(pen);
     painter.drawPolyline(line);
+    painter.drawLine(QPointF(LegendLeft, height), QPointF(LegendLeft + 34, height));
+    painter.setPen(theme.ink);
+    painter.setFont(textFont(14));
+    painter.drawText(QRectF(LegendLeft + 46, height - 12, 240, 24), Qt::AlignLeft | Qt::AlignVCenter, name);
+}
+
+void drawCurves(QPainter& painter, const Theme& theme)
+{
+    drawAxes(painter, theme);
+    int row = 0;
+    for (const float exponent : {1.0F, 1.5F, 2.0F, 3.0F, 5.0F}) {
+        // From a pale to the full colour as the exponent grows.
+        QColor color = theme.curve;
+        color.setAlphaF(0.4F + 0.15F * float(row));
+        drawCurve(painter, theme, QPen(color, 2.6, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin), row++,
+                  QStringLiteral("easeInEaseOut, exponent %1").arg(double(exponent)),
+                  [exponent](float t) { return VelorMath::easeInEaseOut(t, exponent); });
+    }
+    drawCurve(painter, theme, QPen(theme.otherSide, 2.6, Qt::DashLine, Qt::FlatCap, Qt::RoundJoin), row,
+              QStringLiteral("smootherStep"), VelorMath::smootherStep);
 }
 
 } // namespace
 
-void drawEasingPicture(QPainter& painter, const Theme& theme)
+Picture easingPicture()
 {
-    drawTitle(painter, theme, {Margin, Margin - 8}, QStringLiteral("Easing curves"),
-              QStringLiteral("all run from 0 to 1 and pass through the middle"));
-    drawAxes(painter, theme);
-    const auto all = allSeries(theme);
-    double top = Plot.top() + LegendRow / 2;
-    for (const Series& series : all) {
-        drawSeries(painter, series);
-        painter.drawLine(QPointF(LegendLeft, top), QPointF(LegendLeft + 34, top));
-        painter.setPen(theme.ink);
-        painter.setFont(textFont(14));
-        painter.drawText(QRectF(LegendLeft + 46, top - 12, 240, 24), Qt::AlignLeft | Qt::AlignVCenter,
-                         series.name);
-        top += LegendRow;
-    }
+    return {QStringLiteral("Easing curves"),
+            QStringLiteral("all run from 0 to 1 and pass through the middle"), Size, drawCurves};
 }

@@ -1,5 +1,4 @@
-#include "Pictures.h"
-#include "TurningPath.h"
+#include "Picture.h"
 
 #include <QtCore/QLineF>
 
@@ -8,29 +7,10 @@
 
 namespace {
 
-constexpr double Margin = 40;
-constexpr double TitleHeight = 72;
-constexpr double AxisRoom = 34;
+constexpr QSize Size(960, 640);
+constexpr double AxisRoom = 56;
+constexpr double LegendHeight = 26;
 constexpr double CurveWidth = 2.6;
-constexpr double TangentLength = 42;
-constexpr double LeastKnotDistance = 9;
-
-QPolygonF toPicture(const Frame& frame, const QList<TVec2d<float>>& points)
-{
-    QPolygonF line;
-    for (const auto& point : points) {
-        line.append(frame.toPicture(point));
-    }
-    return line;
-}
-
-QString describe(const Options& options)
-{
-    return QStringLiteral("heading %1°   bulge %2   handle %3   run-in %4   %5 segment%6")
-        .arg(numberText(double(options.heading)), numberText(double(options.bulge)),
-             numberText(double(options.handle)), numberText(double(options.runIn)),
-             numberText(options.segments), options.segments == 1 ? QString() : QStringLiteral("s"));
-}
 
 /// The smallest of 1, 2 and 5 times a power of ten that is at least `wanted`.
 double niceStep(double wanted)
@@ -44,138 +24,189 @@ double niceStep(double wanted)
     return 10 * power;
 }
 
-/// The multiples of `step` from `low` to `high`.
+/// The multiples of `step` from `low` to `high`, and no negative zero.
 QList<double> ticks(double low, double high, double step)
 {
     QList<double> values;
     for (double k = std::ceil(low / step); k * step <= high; ++k) {
-        values.append(k * step);
+        values.append(k * step + 0.0);
     }
     return values;
 }
 
-void drawGrid(QPainter& painter, const Theme& theme, const Frame& frame, const QRectF& plot)
+/// The distance of the grid's lines, such that the labels of the x axis do not touch.
+double gridStep(const QFontMetricsF& metrics, const QRectF& shown, double scale)
 {
-    constexpr double LeastTickDistance = 64;
-    const double step = niceStep(LeastTickDistance / frame.scale());
-    const auto low = frame.toPlane(plot.bottomLeft());
-    const auto high = frame.toPlane(plot.topRight());
+    constexpr double LeastDistance = 64;
+    constexpr double LeastGap = 14;
+    const double step = niceStep(LeastDistance / scale);
+    const double farthest = std::max(std::abs(shown.left()), std::abs(shown.right()));
+    const double width = metrics.horizontalAdvance(numberText(-std::floor(farthest / step) * step));
+    return niceStep(std::max(LeastDistance, width + LeastGap) / scale);
+}
+
+void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot)
+{
+    const QRectF shown = frame.inverted().mapRect(plot);
     painter.setFont(textFont(11));
-    for (const double x : ticks(double(low.x), double(high.x), step)) {
-        const double at = frame.toPicture({float(x), 0}).x();
+    const double step = gridStep(QFontMetricsF(painter.font()), shown, frame.m11());
+    for (const double x : ticks(shown.left(), shown.right(), step)) {
+        const double at = frame.map(QPointF(x, 0)).x();
         painter.setPen(QPen(theme.grid, 1));
         painter.drawLine(QPointF(at, plot.top()), QPointF(at, plot.bottom()));
         painter.setPen(theme.muted);
-        painter.drawText(QRectF(at - 30, plot.bottom() + 6, 60, 16), Qt::AlignHCenter, numberText(x));
+        painter.drawText(QRectF(at, plot.bottom() + 6, 0, 16), Qt::AlignHCenter | Qt::TextDontClip,
+                         numberText(x));
     }
-    for (const double y : ticks(double(low.y), double(high.y), step)) {
-        const double at = frame.toPicture({0, float(y)}).y();
+    for (const double y : ticks(shown.top(), shown.bottom(), step)) {
+        const double at = frame.map(QPointF(0, y)).y();
         painter.setPen(QPen(theme.grid, 1));
         painter.drawLine(QPointF(plot.left(), at), QPointF(plot.right(), at));
         painter.setPen(theme.muted);
-        painter.drawText(QRectF(plot.left() - 48, at - 8, 40, 16), Qt::AlignRight | Qt::AlignVCenter,
-                         numberText(y));
+        painter.drawText(QRectF(plot.left() - 8, at - 8, 0, 16),
+                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip, numberText(y));
     }
 }
 
-void drawControls(QPainter& painter, const Theme& theme, const QPolygonF& controls)
+void drawDot(QPainter& painter, const QBrush& brush, const QPen& pen, const QPointF& at, double radius)
 {
-    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
-    painter.drawLine(controls.first(), controls.last());
-    painter.setPen(QPen(theme.control, 1.2));
-    painter.drawPolyline(controls);
+    painter.setBrush(brush);
+    painter.setPen(pen);
+    painter.drawEllipse(at, radius, radius);
+}
+
+void drawStart(QPainter& painter, const Theme& theme, const QPointF& at)
+{
+    drawDot(painter, theme.ink, Qt::NoPen, at, 6);
+}
+
+void drawTarget(QPainter& painter, const Theme& theme, const QPointF& at)
+{
+    drawDot(painter, Qt::NoBrush, QPen(theme.ink, 1.8), at, 9);
+    drawDot(painter, theme.ink, Qt::NoPen, at, 2);
+}
+
+void drawKnot(QPainter& painter, const Theme& theme, const QPointF& at)
+{
+    drawDot(painter, theme.ground, QPen(theme.curve, 1.8), at, 3.6);
+}
+
+void drawControl(QPainter& painter, const Theme& theme, const QPointF& at)
+{
     painter.setBrush(theme.ground);
     painter.setPen(QPen(theme.control, 1.8));
-    for (qsizetype i = 1; i + 1 < controls.size(); ++i) {
-        painter.drawRect(QRectF(controls[i] - QPointF(4.5, 4.5), QSizeF(9, 9)));
-    }
+    painter.drawRect(QRectF(at - QPointF(4.5, 4.5), QSizeF(9, 9)));
 }
 
-/// The knots from the first on that lie at least `distance` apart in the picture: others cannot be told
-/// apart.
-QList<VelorCurveKnot> spread(const Frame& frame, const QList<VelorCurveKnot>& knots, double distance)
-{
-    QList<VelorCurveKnot> chosen;
-    for (const auto& knot : knots) {
-        if (chosen.isEmpty() ||
-            QLineF(frame.toPicture(chosen.last().position), frame.toPicture(knot.position)).length() >=
-                distance) {
-            chosen.append(knot);
-        }
-    }
-    return chosen;
-}
-
-void drawTangents(QPainter& painter, const Theme& theme, const Frame& frame,
-                  const QList<VelorCurveKnot>& knots)
+void drawTangent(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& tip)
 {
     painter.setPen(QPen(theme.ink, 1.3));
-    for (const auto& [position, tangent] : spread(frame, knots, TangentLength)) {
-        const QPointF at = frame.toPicture(position);
-        drawArrow(painter, at, at + QPointF(double(tangent.x), -double(tangent.y)) * TangentLength, 7);
-    }
+    drawArrow(painter, from, tip, 7);
 }
 
-void drawKnots(QPainter& painter, const Theme& theme, const Frame& frame, const QList<VelorCurveKnot>& knots)
-{
-    painter.setBrush(theme.ground);
-    painter.setPen(QPen(theme.curve, 1.8));
-    for (const auto& knot : spread(frame, knots, LeastKnotDistance)) {
-        painter.drawEllipse(frame.toPicture(knot.position), 3.6, 3.6);
-    }
-}
-
-void drawRunIn(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& to)
+void drawRunIn(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& tip)
 {
     painter.setPen(QPen(theme.otherSide, CurveWidth, Qt::SolidLine, Qt::FlatCap));
-    drawArrow(painter, from, to, 13);
+    drawArrow(painter, from, tip, 13);
 }
 
-void drawLabels(QPainter& painter, const Theme& theme, const QRectF& plot, const QPolygonF& curve,
-                const QPolygonF& controls, const QPointF& target, bool hasRunIn)
+/// The names of the parts stand apart from them, where they cross nothing however the path runs.
+void drawLegend(QPainter& painter, const Theme& theme, QPointF at)
 {
-    LabelPlacer labels(plot);
-    labels.avoid(curve);
-    labels.avoid(controls);
-    labels.avoid({controls.first(), controls.last(), target});
-    painter.setFont(textFont(13, true));
-    painter.setPen(theme.ink);
-    labels.place(painter, controls.first(), QStringLiteral("start"));
-    labels.place(painter, target, QStringLiteral("target"));
-    painter.setFont(textFont(13));
-    if (hasRunIn) {
-        painter.setPen(theme.otherSide);
-        labels.place(painter, (controls.last() + target) / 2, QStringLiteral("run-in"));
+    const QPointF middle(13, 0);
+    const QPointF right(26, 0);
+    const auto write = [&](const QString& name) {
+        painter.setFont(textFont(13));
+        painter.setPen(theme.ink);
+        painter.drawText(at + QPointF(33, 5), name);
+        at.rx() += 55 + painter.fontMetrics().horizontalAdvance(name);
+    };
+    drawStart(painter, theme, at + middle);
+    write(QStringLiteral("start"));
+    drawTarget(painter, theme, at + middle);
+    write(QStringLiteral("target"));
+    drawKnot(painter, theme, at + middle);
+    write(QStringLiteral("knot"));
+    drawTangent(painter, theme, at, at + right);
+    write(QStringLiteral("tangent"));
+    drawControl(painter, theme, at + middle);
+    write(QStringLiteral("control point"));
+    drawRunIn(painter, theme, at, at + right);
+    write(QStringLiteral("run-in"));
+    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
+    painter.drawLine(at, at + right);
+    write(QStringLiteral("chord"));
+}
+
+/// The knots from the first on that lie at least `distance` apart in the picture.
+QList<VelorCurveKnot> spread(const QTransform& frame, const QList<VelorCurveKnot>& knots, double distance)
+{
+    QList<VelorCurveKnot> kept;
+    for (const VelorCurveKnot& knot : knots) {
+        const auto at = [&](const VelorCurveKnot& k) { return frame.map(toPoint(k.position)); };
+        if (kept.isEmpty() || QLineF(at(kept.last()), at(knot)).length() >= distance) {
+            kept.append(knot);
+        }
     }
-    painter.setPen(theme.control);
-    labels.place(painter, controls[1], QStringLiteral("first control point"));
-    labels.place(painter, controls[2], QStringLiteral("second control point"));
+    return kept;
+}
+
+void drawKnots(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
+{
+    constexpr double TangentLength = 42;
+    constexpr double LeastDistance = 9;
+    // The run-in shows the last tangent where there is one.
+    const qsizetype tangents = path.knots.size() - (path.hasRunIn ? 1 : 0);
+    for (const VelorCurveKnot& knot : spread(frame, path.knots.first(tangents), TangentLength)) {
+        const QPointF at = frame.map(toPoint(knot.position));
+        const QPointF tangent = toPoint(knot.tangent) * TangentLength;
+        drawTangent(painter, theme, at, at + QPointF(tangent.x(), -tangent.y()));
+    }
+    for (const VelorCurveKnot& knot : spread(frame, path.knots, LeastDistance)) {
+        drawKnot(painter, theme, frame.map(toPoint(knot.position)));
+    }
+}
+
+void drawPath(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
+{
+    const QPolygonF curve = frame.map(path.smooth);
+    const QPointF first = frame.map(path.firstControl);
+    const QPointF second = frame.map(path.secondControl);
+    const QPointF target = frame.map(path.target);
+    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
+    painter.drawLine(curve.first(), curve.last());
+    painter.setPen(QPen(theme.control, 1.2));
+    painter.drawPolyline(QPolygonF{curve.first(), first, second, curve.last()});
+    painter.setPen(QPen(theme.curve, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(curve);
+    if (path.hasRunIn) {
+        drawRunIn(painter, theme, curve.last(), target);
+    }
+    drawKnots(painter, theme, frame, path);
+    drawControl(painter, theme, first);
+    drawControl(painter, theme, second);
+    drawStart(painter, theme, curve.first());
+    drawTarget(painter, theme, target);
 }
 
 } // namespace
 
-void drawPathPicture(QPainter& painter, const Theme& theme, const Options& options)
+Picture pathPicture(const PathOptions& options)
 {
-    const TurningPath path(options, options.heading);
-    const QRectF picture(QPointF(0, 0), PathPictureSize);
-    const QRectF plot = picture.adjusted(Margin + AxisRoom, TitleHeight + Margin, -Margin, -Margin - 20);
-    const Frame frame(plot.adjusted(80, 48, -80, -48), path.positions());
-
-    drawTitle(painter, theme, {Margin, Margin - 8}, QStringLiteral("Turning path"), describe(options));
-    drawGrid(painter, theme, frame, plot);
-
-    const QPolygonF curve = toPicture(frame, path.smooth);
-    const QPolygonF controls =
-        toPicture(frame, {path.smooth.first(), path.firstControl, path.secondControl, path.smooth.last()});
-    const QPointF target = frame.toPicture(path.knots.last().position);
-    drawControls(painter, theme, controls);
-    painter.setPen(QPen(theme.curve, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.drawPolyline(curve);
-    // The run-in shows the last tangent where there is one.
-    drawTangents(painter, theme, frame, path.hasRunIn() ? path.curve.first(options.segments) : path.curve);
-    if (path.hasRunIn()) {
-        drawRunIn(painter, theme, curve.last(), target);
-    }
-    drawKnots(painter, theme, frame, path.curve);
-    drawLabels(painter, theme, plot, curve, controls, target, path.hasRunIn());
+    const QString description =
+        QStringLiteral("heading %1°   bulge %2   handle %3   run-in %4   %5 segment%6")
+            .arg(numberText(double(options.heading)), numberText(double(options.bulge)),
+                 numberText(double(options.handle)), numberText(double(options.runIn)),
+                 numberText(options.segments), options.segments == 1 ? QString() : QStringLiteral("s"));
+    return {QStringLiteral("Turning path"), description, Size,
+            [options](QPainter& painter, const Theme& theme) {
+                const double top = Picture::Margin + Picture::TitleHeight;
+                const QRectF plot(QPointF(Picture::Margin + AxisRoom, top + LegendHeight),
+                                  QPointF(Size.width() - 52, Size.height() - 52));
+                const TurningPath path(options, options.heading);
+                const QTransform frame = fit(plot.adjusted(48, 36, -48, -36), path.allPoints());
+                drawLegend(painter, theme, QPointF(Picture::Margin, top - 6));
+                drawGrid(painter, theme, frame, plot);
+                drawPath(painter, theme, frame, path);
+            }};
 }

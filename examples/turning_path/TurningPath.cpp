@@ -1,56 +1,58 @@
 #include "TurningPath.h"
 
-#include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
 constexpr int SmoothSegments = 200;
 
-QList<VelorCurveKnot> sample(const Options& options, float heading, int segments)
+/// The unit vector of an angle in degrees, exact for quarter turns.
+TVec2d<float> direction(float degrees)
 {
-    return VelorMath::turningCurve(options.start, options.target, Options::direction(heading), options.bulge,
+    constexpr double Noise = 1e-12;
+    const double radians = std::remainder(double(degrees), 360) * std::numbers::pi / 180;
+    const auto clean = [](double value) { return std::abs(value) < Noise ? 0.0F : float(value); };
+    return {clean(std::cos(radians)), clean(std::sin(radians))};
+}
+
+QList<VelorCurveKnot> sample(const PathOptions& options, float heading, int segments)
+{
+    return VelorMath::turningCurve(options.start, options.target, direction(heading), options.bulge,
                                    options.handle, options.runIn, segments);
 }
 
 } // namespace
 
-TurningPath::TurningPath(const Options& options, float heading)
+TurningPath::TurningPath(const PathOptions& options, float heading)
     : knots(sample(options, heading, options.segments))
-    , curve(knots.first(options.segments + 1))
+    , target(toPoint(options.target))
+    , hasRunIn(knots.size() > options.segments + 1)
 {
-    for (const auto& knot : sample(options, heading, SmoothSegments).first(SmoothSegments + 1)) {
-        smooth.append(knot.position);
+    knots.resize(options.segments + 1);
+    for (const VelorCurveKnot& knot : sample(options, heading, SmoothSegments).first(SmoothSegments + 1)) {
+        smooth.append(toPoint(knot.position));
     }
-    // Four points of a cubic, a third apart, tell its control points.
-    const auto thirds = sample(options, heading, 3);
-    const auto q = [&](qsizetype i) { return thirds[i].position; };
+    // Four points of a cubic curve, a third apart, determine its control points.
+    const QList<VelorCurveKnot> thirds = sample(options, heading, 3);
+    const auto q = [&thirds](qsizetype i) { return toPoint(thirds[i].position); };
     firstControl = (q(1) * 18 - q(0) * 5 - q(2) * 9 + q(3) * 2) / 6;
     secondControl = (q(0) * 2 - q(1) * 9 + q(2) * 18 - q(3) * 5) / 6;
 }
 
-bool TurningPath::isFinite() const
+double TurningPath::bow() const
 {
-    const auto points = positions();
-    return std::all_of(points.begin(), points.end(),
-                       [](const TVec2d<float>& p) { return std::isfinite(p.x) && std::isfinite(p.y); });
-}
-
-float TurningPath::bow() const
-{
-    const auto chord = smooth.last() - smooth.first();
-    float largest = 0;
-    for (const auto& point : smooth) {
-        const auto way = point - smooth.first();
-        const float right = (way.x * chord.y - way.y * chord.x) / std::max(length(chord), 1e-6F);
+    const QPointF chord = smooth.last() - smooth.first();
+    const double chordLength = std::max(std::hypot(chord.x(), chord.y()), 1e-6);
+    double largest = 0;
+    for (const QPointF& point : smooth) {
+        const QPointF offset = point - smooth.first();
+        const double right = (offset.x() * chord.y() - offset.y() * chord.x()) / chordLength;
         largest = std::abs(right) > std::abs(largest) ? right : largest;
     }
     return largest;
 }
 
-QList<TVec2d<float>> TurningPath::positions() const
-{
-    QList<TVec2d<float>> points = smooth;
-    points << firstControl << secondControl << knots.last().position;
-    return points;
-}
+QPolygonF TurningPath::allPoints() const { return smooth + QPolygonF{firstControl, secondControl, target}; }
+
+QPointF toPoint(const TVec2d<float>& vector) { return {double(vector.x), double(vector.y)}; }

@@ -1,29 +1,38 @@
 #pragma once
 
-#include "Options.h"
-
 #include <Velor.Base/VelorMath.h>
 
-#include <QtCore/QList>
+#include <QtGui/QPolygonF>
 
-/// A turning curve, and what can be told from its knots.
+/// The arguments of a turning curve.
+struct PathOptions
+{
+    TVec2d<float> start;
+    TVec2d<float> target;
+    float heading = 0; ///< Degrees, counter-clockwise from the x axis.
+    float bulge = 0;
+    float handle = 0;
+    float runIn = 0;
+    int segments = 1;
+};
+
+/// A turning curve, and what can be derived from its knots.
 struct TurningPath
 {
     /// The path of `options` with `heading` in degrees.
-    TurningPath(const Options& options, float heading);
+    TurningPath(const PathOptions& options, float heading);
 
-    /// Whether all of the path is made of numbers that can be drawn.
-    bool isFinite() const;
-    bool hasRunIn() const { return knots.size() > curve.size(); }
     /// The largest distance of the curve from its chord, positive to the right of it.
-    float bow() const;
-    QList<TVec2d<float>> positions() const;
+    double bow() const;
+    /// The curve, its control points and the target.
+    QPolygonF allPoints() const;
 
-    QList<VelorCurveKnot> knots;
-    /// The knots without the one of the run-in.
-    QList<VelorCurveKnot> curve;
-    /// The same curve in steps too small to be seen.
-    QList<TVec2d<float>> smooth;
-    TVec2d<float> firstControl;
-    TVec2d<float> secondControl;
+    QList<VelorCurveKnot> knots; ///< Without the one of the run-in.
+    QPolygonF smooth;            ///< The same curve in steps too small to be seen.
+    QPointF firstControl;
+    QPointF secondControl;
+    QPointF target;
+    bool hasRunIn;
 };
+
+QPointF toPoint(const TVec2d<float>& vector);
