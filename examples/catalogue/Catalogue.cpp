@@ -1,6 +1,7 @@
 #include "Catalogue.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QXmlStreamReader>
 #include <QtXml/QDomDocument>
 
 namespace {
@@ -28,6 +29,18 @@ void readCategory(const QDomElement& element, QList<CatalogueItem>& items)
     }
 }
 
+/// Where and why `xml` is broken.
+QString xmlError(const QByteArray& xml)
+{
+    QXmlStreamReader reader(xml);
+    while (!reader.atEnd()) {
+        reader.readNext();
+    }
+    return QStringLiteral("line %1, column %2: %3")
+        .arg(QString::number(reader.lineNumber()), QString::number(reader.columnNumber()),
+             reader.errorString().simplified());
+}
+
 } // namespace
 
 std::optional<QList<CatalogueItem>> loadCatalogue(const QString& path, QString& error)
@@ -37,9 +50,10 @@ std::optional<QList<CatalogueItem>> loadCatalogue(const QString& path, QString& 
         error = QStringLiteral("cannot open %1: %2").arg(path, file.errorString());
         return {};
     }
+    const QByteArray xml = file.readAll();
     QDomDocument document;
-    if (!document.setContent(&file)) {
-        error = QStringLiteral("%1 is no well-formed XML").arg(path);
+    if (!document.setContent(xml)) {
+        error = QStringLiteral("%1 is no well-formed XML: %2").arg(path, xmlError(xml));
         return {};
     }
     const QDomElement root = document.documentElement();

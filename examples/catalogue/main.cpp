@@ -16,18 +16,10 @@ enum ExitCode
     Failed = 2
 };
 
-struct Arguments
-{
-    QString catalogue;
-    std::optional<QString> synonyms;
-    std::optional<QString> trace;
-    Query query;
-};
-
-int fail(const QString& message)
+int fail(const QString& message, ExitCode code = Failed)
 {
     QTextStream(stderr) << "catalogue: " << message << '\n';
-    return Failed;
+    return code;
 }
 
 struct Options
@@ -41,7 +33,6 @@ struct Options
     QCommandLineOption trace{QStringLiteral("trace"),
                              QStringLiteral("Write to this file, as XML, why each item was found."),
                              QStringLiteral("FILE")};
-    QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text.")};
 };
 
 void describe(QCommandLineParser& parser, const Options& options)
@@ -53,44 +44,19 @@ void describe(QCommandLineParser& parser, const Options& options)
     parser.addPositionalArgument(QStringLiteral("CATALOGUE"), QStringLiteral("The catalogue, an XML file."));
     parser.addPositionalArgument(QStringLiteral("QUERY"), QStringLiteral("Tags, separated by commas."),
                                  QStringLiteral("QUERY..."));
-    parser.addOptions({options.synonyms, options.ignoreGender, options.trace, options.help});
+    parser.addOptions({options.synonyms, options.ignoreGender, options.trace});
+    parser.addHelpOption();
+    parser.addVersionOption();
 }
 
-std::optional<QString> valueOf(const QCommandLineParser& parser, const QCommandLineOption& option)
+/// The tags of all words, which are separated by commas; blanks around a tag do not count.
+KelbTags tagsOf(const QStringList& words)
 {
-    return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
-}
-
-/// The arguments, or one line in `error`. Ends the program itself for --help and --version.
-std::optional<Arguments> parseArguments(const QStringList& words, QString& error)
-{
-    const Options options;
-    QCommandLineParser parser;
-    describe(parser, options);
-    const QCommandLineOption version = parser.addVersionOption();
-    if (!parser.parse(words)) {
-        error = parser.errorText();
-        return {};
+    QStringList tags = words.join(u',').split(u',');
+    for (QString& tag : tags) {
+        tag = tag.trimmed();
     }
-    if (parser.isSet(options.help)) {
-        parser.showHelp();
-    }
-    if (parser.isSet(version)) {
-        parser.showVersion();
-    }
-    QStringList positional = parser.positionalArguments();
-    if (positional.size() < 2) {
-        error = QStringLiteral("a catalogue and a query are needed; see --help");
-        return {};
-    }
-    const bool ignoresGender = parser.isSet(options.ignoreGender);
-    if (ignoresGender && !parser.isSet(options.synonyms)) {
-        error = QStringLiteral("--ignore-gender needs --synonyms, which tell the words of gender");
-        return {};
-    }
-    const QString catalogue = positional.takeFirst();
-    const Query query{positional.join(u','), {}, ignoresGender};
-    return Arguments{catalogue, valueOf(parser, options.synonyms), valueOf(parser, options.trace), query};
+    return tags.join(u',');
 }
 
 /// False when standard output does not take the list, as on a full disk.
@@ -116,30 +82,53 @@ bool print(const QList<Hit>& hits)
     return out.status() == QTextStream::Ok && std::fflush(stdout) == 0;
 }
 
+int run(const QCommandLineParser& parser, const Options& options)
+{
+    QStringList words = parser.positionalArguments();
+    if (words.size() < 2) {
+        return fail(QStringLiteral("a catalogue and a query are needed; see --help"));
+    }
+    if (parser.isSet(options.ignoreGender) && !parser.isSet(options.synonyms)) {
+        return fail(QStringLiteral("--ignore-gender needs --synonyms, which tell the words of gender"));
+    }
+    QString error;
+    const std::optional<QList<CatalogueItem>> items = loadCatalogue(words.takeFirst(), error);
+    if (!items) {
+        return fail(error);
+    }
+    Query query{tagsOf(words), {}, parser.isSet(options.ignoreGender)};
+    const QString synonyms = parser.value(options.synonyms);
+    if (parser.isSet(options.synonyms) && !query.synonyms.emplace().load(synonyms)) {
+        return fail(QStringLiteral("%1 cannot be opened or is no synonyms file").arg(synonyms));
+    }
+    const QList<Hit> hits = search(*items, query);
+    if (!print(hits)) {
+        return fail(QStringLiteral("cannot write to standard output"));
+    }
+    const QString trace = parser.value(options.trace);
+    if (parser.isSet(options.trace) && !writeTrace(trace, hits, query)) {
+        return fail(QStringLiteral("cannot write a trace to %1").arg(trace));
+    }
+    if (hits.isEmpty()) {
+        return fail(QStringLiteral("no item has a tag that meets \"%1\"").arg(query.tags.toString()),
+                    NothingFound);
+    }
+    return Found;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("catalogue"));
     QCoreApplication::setApplicationVersion(VelorVersion::current().toString());
-    QString error;
-    std::optional<Arguments> arguments = parseArguments(QCoreApplication::arguments(), error);
-    if (!arguments) {
-        return fail(error);
+    const Options options;
+    QCommandLineParser parser;
+    describe(parser, options);
+    if (!parser.parse(QCoreApplication::arguments())) {
+        return fail(parser.errorText());
     }
-    const std::optional<QList<CatalogueItem>> items = loadCatalogue(arguments->catalogue, error);
-    if (!items) {
-        return fail(error);
-    }
-    if (arguments->synonyms && !arguments->query.synonyms.emplace().load(*arguments->synonyms)) {
-        return fail(QStringLiteral("%1 cannot be opened or is no synonyms file").arg(*arguments->synonyms));
-    }
-    const QList<Hit> hits = search(*items, arguments->query);
-    if (!print(hits)) {
-        return fail(QStringLiteral("cannot write to standard output"));
-    }
-    if (arguments->trace && !writeTrace(*arguments->trace, hits, arguments->query)) {
-        return fail(QStringLiteral("cannot write a trace to %1").arg(*arguments->trace));
-    }
-    return hits.isEmpty() ? NothingFound : Found;
+    parser.process(application);
+    return run(parser, options);
 }
