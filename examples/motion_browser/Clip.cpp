@@ -5,6 +5,12 @@ QString clipCount(qsizetype count)
     return count == 1 ? QStringLiteral("1 clip") : QStringLiteral("%1 clips").arg(count);
 }
 
+QString shownText(const QString& text)
+{
+    constexpr qsizetype Longest = 500;
+    return text.size() <= Longest ? text : text.first(Longest) + QStringLiteral("...");
+}
+
 VelorDropData toPayload(const QList<Clip>& clips)
 {
     VelorDropData payload({}, VelorDropData::Clip);

@@ -12,6 +12,24 @@ constexpr int PictureSide = 44;
 constexpr int Padding = 6;
 constexpr int SmallestTextWidth = 100;
 
+/// `option` with a fainter selection for a list that has not the focus.
+QStyleOptionViewItem withSelectionColours(const QStyleOptionViewItem& option)
+{
+    constexpr double Tint = 0.25;
+    QStyleOptionViewItem shown(option);
+    QPalette& palette = shown.palette;
+    const QColor base = palette.color(QPalette::Base);
+    const QColor text = palette.color(QPalette::Text);
+    const auto mix = [](int from, int to) { return static_cast<int>(from + (to - from) * Tint); };
+    palette.setColor(
+        QPalette::Inactive, QPalette::Highlight,
+        QColor(mix(base.red(), text.red()), mix(base.green(), text.green()), mix(base.blue(), text.blue())));
+    palette.setColor(QPalette::Inactive, QPalette::HighlightedText, text);
+    palette.setCurrentColorGroup(option.state.testFlag(QStyle::State_Active) ? QPalette::Active
+                                                                             : QPalette::Inactive);
+    return shown;
+}
+
 /// The colour of the second line: the text's own, with something of the ground.
 QColor fainter(QColor text)
 {
@@ -53,8 +71,7 @@ void paintText(QPainter* painter, const QStyleOptionViewItem& option, const QRec
 
 void paintFocus(QPainter* painter, const QStyleOptionViewItem& option, const QStyle* style)
 {
-    if (option.state.testFlag(QStyle::State_HasFocus) &&
-        option.state.testFlag(QStyle::State_KeyboardFocusChange)) {
+    if (option.state.testFlag(QStyle::State_HasFocus)) {
         QStyleOptionFocusRect focus;
         focus.QStyleOption::operator=(option);
         focus.backgroundColor = option.palette.color(QPalette::Base);
@@ -64,9 +81,9 @@ void paintFocus(QPainter* painter, const QStyleOptionViewItem& option, const QSt
 
 } // namespace
 
-void ClipDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                         const QModelIndex& index) const
+void ClipDelegate::paint(QPainter* painter, const QStyleOptionViewItem& item, const QModelIndex& index) const
 {
+    const QStyleOptionViewItem option = withSelectionColours(item);
     const QStyle* style = option.widget != nullptr ? option.widget->style() : QApplication::style();
     style->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);
 

@@ -21,14 +21,18 @@ bool ClipFinder::load(const QString& cataloguePath, const QString& synonymsPath,
     return true;
 }
 
-QList<Clip> ClipFinder::find(const QString& query) const
+QStringList ClipFinder::wordsOf(const QString& query)
 {
     QStringList words;
     for (const QString& word : query.split(u',')) {
         words.append(word.trimmed());
     }
     words.removeAll(QString());
+    return words;
+}
 
+QList<Clip> ClipFinder::find(const QStringList& words) const
+{
     QList<Clip> found;
     for (const Clip& clip : mClips) {
         if (std::all_of(words.begin(), words.end(), [&](const QString& word) { return meets(clip, word); })) {

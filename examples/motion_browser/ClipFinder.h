@@ -13,9 +13,11 @@ public:
 
     const QList<Clip>& clips() const { return mClips; }
 
-    /// The clips that meet all words of `query`, which are separated by commas: by a tag, by a synonym of a
-    /// tag, or by a part of the name. All clips for an empty query.
-    QList<Clip> find(const QString& query) const;
+    /// The words of `query`, which are separated by commas; none for one that is empty or blank.
+    static QStringList wordsOf(const QString& query);
+
+    /// The clips that meet all `words`: by a tag, by a synonym of a tag, or by a part of the name.
+    QList<Clip> find(const QStringList& words) const;
 
 private:
     bool meets(const Clip& clip, const QString& word) const;

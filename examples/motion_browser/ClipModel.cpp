@@ -3,6 +3,7 @@
 #include <Velor.Base/VelorLog.h>
 
 #include <QtCore/QMimeData>
+#include <QtGui/QTextDocument>
 
 #include <algorithm>
 
@@ -15,7 +16,7 @@ QString shortList(const QList<Clip>& clips)
 {
     QStringList names;
     for (const Clip& clip : clips.first(std::min<qsizetype>(clips.size(), NamesInLog))) {
-        names.append(clip.name.simplified());
+        names.append(shownText(clip.name).simplified());
     }
     if (clips.size() > NamesInLog) {
         names.append(QStringLiteral("..."));
@@ -60,11 +61,15 @@ QVariant ClipModel::data(const QModelIndex& index, int role) const
     const Clip& clip = mClips.at(index.row());
     switch (role) {
     case Qt::DisplayRole:
-        return clip.name;
-    case TagsRole:
+        return shownText(clip.name);
     case Qt::ToolTipRole:
+        // A tooltip takes what looks like a tag for rich text, and loads the images that it names.
+        return Qt::convertFromPlainText(data(index, Qt::DisplayRole).toString() + u'\n' +
+                                            data(index, TagsRole).toString(),
+                                        Qt::WhiteSpaceNormal);
+    case TagsRole:
     case Qt::AccessibleDescriptionRole:
-        return clip.tags.toString();
+        return shownText(clip.tags.toString());
     default:
         return {};
     }

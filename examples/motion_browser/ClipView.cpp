@@ -40,15 +40,30 @@ void logAnswer(Qt::DropAction action)
 
 } // namespace
 
-ClipView::ClipView(const QString& hint, QWidget* parent)
+ClipView::ClipView(QWidget* parent)
     : QListView(parent)
-    , mHint(hint)
 {
     setSelectionMode(ExtendedSelection);
     setDragEnabled(true);
     setDragDropOverwriteMode(false);
     setUniformItemSizes(true);
     setVerticalScrollMode(ScrollPerPixel);
+}
+
+void ClipView::setHint(const QString& hint)
+{
+    mHint = hint;
+    setAccessibleDescription(hint);
+    viewport()->update();
+}
+
+void ClipView::selectOnly(int row, int count)
+{
+    const QModelIndex first = model()->index(row, 0);
+    const QModelIndex last = model()->index(row + count - 1, 0);
+    setCurrentIndex(first);
+    selectionModel()->select(QItemSelection(first, last), QItemSelectionModel::ClearAndSelect);
+    scrollTo(last);
 }
 
 QModelIndexList ClipView::sortedSelection() const
@@ -63,6 +78,10 @@ void ClipView::removeSelection()
     const QModelIndexList indexes = sortedSelection();
     for (auto index = indexes.rbegin(); index != indexes.rend(); ++index) {
         model()->removeRow(index->row());
+    }
+    const int count = model()->rowCount();
+    if (!indexes.isEmpty() && count > 0) {
+        selectOnly(std::min(indexes.first().row(), count - 1), 1);
     }
 }
 
@@ -107,7 +126,7 @@ void ClipView::dragEnterEvent(QDragEnterEvent* event)
     QListView::dragEnterEvent(event);
     const bool isWelcome = event->isAccepted();
     setDropHighlighted(isWelcome);
-    const QString formats = event->mimeData()->formats().join(QStringLiteral(", ")).simplified();
+    const QString formats = shownText(event->mimeData()->formats().join(QStringLiteral(", "))).simplified();
     VelorLogManager::getSingleton().logMessage(
         (isWelcome ? QStringLiteral("Clips come over the playlist")
                    : QStringLiteral("The playlist takes clips alone, not %1").arg(formats))

@@ -8,11 +8,16 @@ class ClipView : public QListView
     Q_OBJECT
 
 public:
+    explicit ClipView(QWidget* parent = nullptr);
+
     /// `hint` stands in the middle as long as there are no clips.
-    explicit ClipView(const QString& hint, QWidget* parent = nullptr);
+    void setHint(const QString& hint);
+    /// Selects `count` clips from `row` on and no others, and scrolls to them.
+    void selectOnly(int row, int count);
 
     /// The selected clips in list order.
     QModelIndexList sortedSelection() const;
+    /// Removes the selected clips, and selects the clip that follows them.
     void removeSelection();
 
 protected:
@@ -26,6 +31,6 @@ private:
     QPixmap dragImage(const QModelIndexList& indexes) const;
     void setDropHighlighted(bool highlighted);
 
-    const QString mHint;
+    QString mHint;
     bool mIsDropHighlighted = false;
 };

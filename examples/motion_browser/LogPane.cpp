@@ -12,10 +12,6 @@ QColor colourOf(VelorLog::Level level, const QPalette& palette)
         return isDark ? QColor(0xFF8A80) : QColor(0xB3261E);
     case VelorLog::Warning:
         return isDark ? QColor(0xFFD180) : QColor(0x8A5200);
-    case VelorLog::Debug0:
-    case VelorLog::Debug1:
-    case VelorLog::Debug2:
-        return palette.color(QPalette::PlaceholderText);
     default:
         return palette.color(QPalette::Text);
     }
@@ -39,7 +35,9 @@ LogPane::~LogPane() { mLog->removeListener(this); }
 
 void LogPane::onLogMessage(const std::string& message, VelorLog::Level level, bool, const std::string&, bool&)
 {
-    Q_EMIT logged(QString::fromStdString(message), level);
+    if (level < VelorLog::Debug0) {
+        Q_EMIT logged(QString::fromStdString(message), level);
+    }
 }
 
 void LogPane::append(const QString& message, VelorLog::Level level)

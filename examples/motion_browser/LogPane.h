@@ -4,7 +4,7 @@
 
 #include <QtWidgets/QPlainTextEdit>
 
-/// Shows the messages of a log as they come, the latest at the bottom.
+/// Shows the messages of a log that are meant for the user, as they are logged, the latest at the bottom.
 class LogPane : public QPlainTextEdit, private LogListener
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ public:
     ~LogPane() override;
 
 Q_SIGNALS:
-    /// Comes on the thread that logs.
+    /// Emitted on the thread that logs.
     void logged(const QString& message, VelorLog::Level level);
 
 private:

@@ -7,6 +7,8 @@
 #include "LogPane.h"
 
 #include <QtGui/QShortcut>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QFocusFrame>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
@@ -21,13 +23,13 @@ constexpr QSize UsualSize(820, 640);
 constexpr QSize SmallestList(220, 120);
 constexpr int LogHeight = 110;
 constexpr int IconSide = 64;
+constexpr int FocusFrameWidth = 3;
 
-ClipView* makeView(ClipModel* model, const QString& hint, const QString& name, const QString& accessibleName)
+ClipView* makeView(ClipModel* model, const QString& accessibleName)
 {
-    auto* view = new ClipView(hint);
+    auto* view = new ClipView;
     view->setModel(model);
     view->setItemDelegate(new ClipDelegate(view));
-    view->setObjectName(name);
     view->setAccessibleName(accessibleName);
     view->setMinimumSize(SmallestList);
     return view;
@@ -44,7 +46,8 @@ QLabel* makeTitle(QWidget* view)
 QVBoxLayout* makePanelLayout(QWidget* panel)
 {
     auto* layout = new QVBoxLayout(panel);
-    layout->setContentsMargins({});
+    // Room for the focus frame around what stands at the edges.
+    layout->setContentsMargins(FocusFrameWidth, FocusFrameWidth, FocusFrameWidth, FocusFrameWidth);
     return layout;
 }
 
@@ -54,6 +57,7 @@ MainWindow::MainWindow(ClipFinder finder, VelorLog* log)
     : mFinder(std::move(finder))
     , mFound(new ClipModel(ClipModel::Catalogue, this))
     , mPlaylist(new ClipModel(ClipModel::Playlist, this))
+    , mFocusFrame(new QFocusFrame(this))
 {
     setWindowTitle(tr("Motion Browser"));
     setWindowIcon(clipPicture(windowTitle(), IconSide, 1.0, palette()));
@@ -75,6 +79,8 @@ MainWindow::MainWindow(ClipFinder finder, VelorLog* log)
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(makeSearchLine());
     layout->addWidget(all);
+    setTabOrder(mSearch, mFoundView);
+    connect(qApp, &QApplication::focusChanged, this, &MainWindow::showFocus);
     resize(UsualSize);
     search();
     updateButtons();
@@ -84,14 +90,13 @@ MainWindow::MainWindow(ClipFinder finder, VelorLog* log)
 QLayout* MainWindow::makeSearchLine()
 {
     mSearch = new QLineEdit;
-    mSearch->setObjectName(QStringLiteral("search"));
     mSearch->setPlaceholderText(tr("Tags or names, such as: walk, happy"));
     mSearch->setClearButtonEnabled(true);
     mSearch->setDragEnabled(true);
     auto* title = makeTitle(mSearch);
     title->setText(tr("&Search"));
     connect(mSearch, &QLineEdit::textChanged, this, &MainWindow::search);
-    connect(mSearch, &QLineEdit::returnPressed, mFoundView, qOverload<>(&QWidget::setFocus));
+    connect(mSearch, &QLineEdit::returnPressed, this, &MainWindow::enterCatalogue);
 
     auto* line = new QHBoxLayout;
     line->addWidget(title);
@@ -101,8 +106,7 @@ QLayout* MainWindow::makeSearchLine()
 
 QWidget* MainWindow::makeCataloguePanel()
 {
-    mFoundView =
-        makeView(mFound, tr("No clip meets all these words"), QStringLiteral("catalogue"), tr("Catalogue"));
+    mFoundView = makeView(mFound, tr("Catalogue"));
     mFoundTitle = makeTitle(mFoundView);
     mAdd = new QPushButton(tr("&Add to playlist"));
 
@@ -121,15 +125,17 @@ QWidget* MainWindow::makeCataloguePanel()
 
 QWidget* MainWindow::makePlaylistPanel()
 {
-    mPlaylistView = makeView(mPlaylist, tr("Drop clips here,\nor press Enter in the catalogue"),
-                             QStringLiteral("playlist"), tr("Playlist"));
+    mPlaylistView = makeView(mPlaylist, tr("Playlist"));
+    mPlaylistView->setHint(tr("Drop clips here,\nor press Enter in the catalogue"));
     mPlaylistView->setAcceptDrops(true);
     mPlaylistView->setDropIndicatorShown(true);
     mPlaylistTitle = makeTitle(mPlaylistView);
     mRemove = new QPushButton(tr("&Remove"));
 
-    connect(mPlaylist, &ClipModel::rowsInserted, this,
-            [this](const QModelIndex&, int first, int last) { showInserted(first, last); });
+    connect(mPlaylist, &ClipModel::rowsInserted, this, [this](const QModelIndex&, int first, int last) {
+        mPlaylistView->selectOnly(first, last - first + 1);
+        updateButtons();
+    });
     connect(mPlaylist, &ClipModel::rowsRemoved, this, &MainWindow::updateButtons);
     connect(mPlaylistView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainWindow::updateButtons);
@@ -148,7 +154,6 @@ QWidget* MainWindow::makePlaylistPanel()
 QWidget* MainWindow::makeLogPanel(VelorLog* log)
 {
     auto* pane = new LogPane(log);
-    pane->setObjectName(QStringLiteral("log"));
     auto* title = makeTitle(pane);
     title->setText(tr("&Log"));
 
@@ -161,10 +166,33 @@ QWidget* MainWindow::makeLogPanel(VelorLog* log)
 
 void MainWindow::search()
 {
-    const QList<Clip> found = mFinder.find(mSearch->text());
-    mFound->setClips(found);
-    mFoundTitle->setText(tr("&Catalogue: %1 of %2").arg(found.size()).arg(clipCount(mFinder.clips().size())));
+    const QStringList words = ClipFinder::wordsOf(mSearch->text());
+    mFound->setClips(mFinder.find(words));
+    const QString all = clipCount(mFinder.clips().size());
+    if (mFinder.clips().isEmpty()) {
+        mFoundTitle->setText(tr("&Catalogue: %1").arg(all));
+        mFoundView->setHint(tr("This catalogue holds no clips"));
+    } else if (words.isEmpty()) {
+        mFoundTitle->setText(tr("&Catalogue: all %1").arg(all));
+        mFoundView->setHint({});
+    } else {
+        mFoundTitle->setText(tr("&Catalogue: %1 of %2").arg(mFound->rowCount()).arg(all));
+        mFoundView->setHint(tr("No clip meets all these words"));
+    }
     updateButtons();
+}
+
+void MainWindow::enterCatalogue()
+{
+    if (mFound->rowCount() > 0) {
+        mFoundView->selectOnly(0, 1);
+        mFoundView->setFocus();
+    }
+}
+
+void MainWindow::showFocus(QWidget*, QWidget* now)
+{
+    mFocusFrame->setWidget(isAncestorOf(now) ? now : nullptr);
 }
 
 void MainWindow::addSelection()
@@ -184,14 +212,6 @@ void MainWindow::removeSelection()
         VelorLogManager::getSingleton().logMessage(
             QStringLiteral("Removed %1 from the playlist").arg(clipCount(count)).toStdString());
     }
-}
-
-void MainWindow::showInserted(int first, int last)
-{
-    const QItemSelection inserted(mPlaylist->index(first), mPlaylist->index(last));
-    mPlaylistView->selectionModel()->select(inserted, QItemSelectionModel::ClearAndSelect);
-    mPlaylistView->scrollTo(mPlaylist->index(last));
-    updateButtons();
 }
 
 void MainWindow::updateButtons()

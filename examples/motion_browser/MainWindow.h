@@ -6,6 +6,7 @@
 
 class ClipModel;
 class ClipView;
+class QFocusFrame;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -27,9 +28,11 @@ private:
     QWidget* makeLogPanel(VelorLog* log);
 
     void search();
+    /// Goes from the search to its first hit, if there is one.
+    void enterCatalogue();
+    void showFocus(QWidget* before, QWidget* now);
     void addSelection();
     void removeSelection();
-    void showInserted(int first, int last);
     void updateButtons();
 
     ClipFinder mFinder;
@@ -37,6 +40,7 @@ private:
     ClipModel* mPlaylist;
     ClipView* mFoundView = nullptr;
     ClipView* mPlaylistView = nullptr;
+    QFocusFrame* mFocusFrame;
     QLineEdit* mSearch = nullptr;
     QLabel* mFoundTitle = nullptr;
     QLabel* mPlaylistTitle = nullptr;

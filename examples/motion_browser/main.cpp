@@ -1,17 +1,16 @@
 #include "MainWindow.h"
-#include "StateReport.h"
 
 #include <Velor.Base/VelorLog.h>
 #include <Velor.Base/VelorVersion.h>
 
 #include <QtCore/QCommandLineParser>
-#include <QtCore/QSaveFile>
 #include <QtCore/QStandardPaths>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStyleFactory>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 namespace {
@@ -31,12 +30,6 @@ const QCommandLineOption LogFolderOption(QStringLiteral("log-folder"),
                                          QStringLiteral("FOLDER"));
 const QCommandLineOption DarkOption(QStringLiteral("dark"),
                                     QStringLiteral("Use a dark palette instead of the desktop's."));
-const QCommandLineOption
-    ReportOption(QStringLiteral("report"),
-                 QStringLiteral("Keep FILE up to date with what the window shows and where, "
-                                "as JSON for scripts that drive this program."),
-                 QStringLiteral("FILE"));
-
 /// --help and --version answer where there is no display, too.
 void needNoDisplayForHelp(int argc, char* argv[])
 {
@@ -47,6 +40,15 @@ void needNoDisplayForHelp(int argc, char* argv[])
     };
     if (std::any_of(argv + 1, argv + argc, asksForText)) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+}
+
+/// Without a display Qt prints several lines and aborts: one line tells a user enough.
+void reportNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&)
+{
+    if (type == QtFatalMsg) {
+        std::fputs("motion_browser: there is no display to open a window on\n", stderr);
+        std::_Exit(ExitFailure);
     }
 }
 
@@ -92,10 +94,6 @@ int browse(const QCommandLineParser& parser)
     if (!VelorLogManager::setupDefaultLog("motion_browser", logFolder(parser).toStdString())) {
         return fail(QStringLiteral("cannot write a log into %1").arg(logFolder(parser)), ExitFailure);
     }
-    const QString reportPath = parser.value(ReportOption);
-    if (parser.isSet(ReportOption) && !QSaveFile(reportPath).open(QIODevice::WriteOnly)) {
-        return fail(QStringLiteral("cannot write %1").arg(reportPath), ExitFailure);
-    }
     VelorLog* log = VelorLogManager::getSingleton().getDefaultLog();
     log->setDebugOutputEnabled(false);
     if (parser.isSet(DarkOption)) {
@@ -103,9 +101,6 @@ int browse(const QCommandLineParser& parser)
     }
 
     MainWindow window(finder, log);
-    if (parser.isSet(ReportOption)) {
-        new StateReport(reportPath, &window);
-    }
     window.show();
     log->stream(VelorLog::Info) << "The catalogue has " << finder.clips().size() << " clips";
     return QApplication::exec();
@@ -116,7 +111,9 @@ int browse(const QCommandLineParser& parser)
 int main(int argc, char* argv[])
 {
     needNoDisplayForHelp(argc, argv);
+    qInstallMessageHandler(reportNoDisplay);
     const QApplication application(argc, argv);
+    qInstallMessageHandler(nullptr);
     QApplication::setApplicationName(QStringLiteral("motion_browser"));
     QApplication::setApplicationVersion(VelorVersion::current().toString());
 
@@ -126,7 +123,7 @@ int main(int argc, char* argv[])
                        "Clips can be dragged between the windows of several copies of this program."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOptions({CatalogueOption, SynonymsOption, LogFolderOption, DarkOption, ReportOption});
+    parser.addOptions({CatalogueOption, SynonymsOption, LogFolderOption, DarkOption});
     if (!parser.parse(QApplication::arguments())) {
         return fail(parser.errorText(), ExitUsage);
     }
