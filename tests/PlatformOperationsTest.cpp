@@ -162,6 +162,15 @@ TEST(PlatformWindows, MessageBoxKeepsTextAndCaptionApart)
     EXPECT_EQ(text, "text");
 }
 
+TEST(PlatformWindows, ADestroyedOneIsNoLongerInFront)
+{
+    const HWND window = newWindow();
+    EXPECT_NE(table.setForegroundWindow(window), 0);
+    EXPECT_EQ(table.getForegroundWindow(), window);
+    EXPECT_NE(table.destroyWindow(window), 0);
+    EXPECT_NE(table.getForegroundWindow(), window);
+}
+
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
 {
     const HWND target = newWindow();

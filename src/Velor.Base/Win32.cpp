@@ -557,6 +557,9 @@ BOOL DestroyWindow(HWND window)
         }
     }
     desktop().windows.erase(window);
+    if (desktop().foreground == window) {
+        desktop().foreground = nullptr;
+    }
     return TRUE;
 }
 
