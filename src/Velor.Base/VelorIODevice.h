@@ -4,7 +4,6 @@
 #include "VelorBaseExport.h"
 #include "VelorVectors.h"
 
-#include <concepts>
 #include <cstdint>
 #include <string_view>
 #include <type_traits>
@@ -18,7 +17,7 @@ class QStringView;
 /// A literal, a zero-terminated text or a string of the standard library, with characters of this type.
 template <typename Text, typename Character>
 concept VelorTextOf =
-    std::convertible_to<const Text&, std::basic_string_view<Character>> && !std::is_null_pointer_v<Text>;
+    std::is_convertible_v<const Text&, std::basic_string_view<Character>> && !std::is_null_pointer_v<Text>;
 
 /// What `VelorIODevice` writes as a text beside the strings of Qt: UTF-8 or UTF-16.
 template <typename Text>
@@ -68,7 +67,8 @@ public:
     bool write(const QString& text, bool terminate);
     bool write(QStringView text, bool terminate);
     bool write(const QByteArray& text, bool terminate);
-    template <VelorText Text, std::same_as<bool> Bool>
+    template <VelorText Text, typename Bool>
+        requires std::is_same_v<Bool, bool>
     bool write(const Text& text, Bool terminate)
     {
         if constexpr (VelorTextOf<Text, char>) {
@@ -79,8 +79,8 @@ public:
             return writeText(viewOf<char16_t>(text), terminate);
         }
     }
-    template <typename Other, std::same_as<bool> Bool>
-        requires(!VelorText<Other> && !std::is_class_v<Other>)
+    template <typename Other, typename Bool>
+        requires(std::is_same_v<Bool, bool> && !VelorText<Other> && !std::is_class_v<Other>)
     bool write(const Other& other, Bool terminate) = delete;
     /// @}
     /// Writes the components of one value, in the order that the table has.

@@ -3,7 +3,6 @@
 #include "VelorBaseExport.h"
 
 #include <atomic>
-#include <concepts>
 #include <cstdint>
 #include <ctime>
 #include <exception>
@@ -95,7 +94,7 @@ public:
         template <typename T>
         Stream& operator<<(const T& value)
         {
-            if constexpr (requires { mText << value; } && !std::same_as<T, QByteArray>) {
+            if constexpr (requires { mText << value; } && !std::is_same_v<T, QByteArray>) {
                 mText << value;
             } else if constexpr (requires { appendText(value); }) {
                 appendText(value);

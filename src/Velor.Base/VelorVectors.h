@@ -2,8 +2,8 @@
 
 #include <array>
 #include <cmath>
-#include <concepts>
 #include <cstddef>
+#include <type_traits>
 
 /// \file
 /// Small value types of motion code: vectors, a 4 by 4 matrix and a quaternion.
@@ -55,7 +55,8 @@ struct TVec2d
     friend T length(const TVec2d& v) { return std::sqrt(dot(v, v)); }
 
     /// Writes the name of the type and its components.
-    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    template <typename Debug, typename Saver = QDebugStateSaver>
+        requires std::is_same_v<Debug, QDebug>
     friend Debug operator<<(Debug debug, const TVec2d& v)
     {
         const Saver saver(debug);
@@ -118,7 +119,8 @@ struct TVec3d
     friend T length(const TVec3d& v) { return std::sqrt(dot(v, v)); }
 
     /// Writes the name of the type and its components.
-    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    template <typename Debug, typename Saver = QDebugStateSaver>
+        requires std::is_same_v<Debug, QDebug>
     friend Debug operator<<(Debug debug, const TVec3d& v)
     {
         const Saver saver(debug);
@@ -185,7 +187,8 @@ struct TMat4d
     /// @}
 
     /// Writes the name of the type and its components.
-    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    template <typename Debug, typename Saver = QDebugStateSaver>
+        requires std::is_same_v<Debug, QDebug>
     friend Debug operator<<(Debug debug, const TMat4d& m)
     {
         const Saver saver(debug);
@@ -232,7 +235,8 @@ struct quat
     /// @}
 
     /// Writes the name of the type and its components.
-    template <std::same_as<QDebug> Debug, typename Saver = QDebugStateSaver>
+    template <typename Debug, typename Saver = QDebugStateSaver>
+        requires std::is_same_v<Debug, QDebug>
     friend Debug operator<<(Debug debug, const quat& q)
     {
         const Saver saver(debug);
