@@ -38,7 +38,7 @@ std::vector<std::string> read(const QString& archive)
           "    print(i.filename, i.compress_type, z.read(i).decode()[:20])' \"$0\"");
     QProcess reader;
     reader.start(q("sh"), {q("-c"), Script, archive});
-    reader.waitForFinished();
+    reader.waitForFinished(-1);
     std::vector<std::string> lines;
     for (const QByteArray& line : reader.readAllStandardOutput().trimmed().split('\n')) {
         lines.push_back(line.trimmed().toStdString());
