@@ -4,6 +4,7 @@
 
 #include <QtCore/QTemporaryDir>
 #include <benchmark/benchmark.h>
+#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 #include <cstdio>

@@ -1,12 +1,10 @@
-# The xxHash library brings no package of its own for CMake: this makes the target xxHash::xxhash.
+# The xxHash library brings no package of its own for CMake: this makes the target xxHash::xxhash of its header, which
+# holds all of it.
 
 if(TARGET xxHash::xxhash)
     return()
 endif()
 find_path(XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
-find_library(XXHASH_LIBRARY xxhash REQUIRED)
-mark_as_advanced(XXHASH_INCLUDE_DIR XXHASH_LIBRARY)
-add_library(xxHash::xxhash UNKNOWN IMPORTED)
-set_target_properties(xxHash::xxhash PROPERTIES
-    IMPORTED_LOCATION "${XXHASH_LIBRARY}"
-    INTERFACE_INCLUDE_DIRECTORIES "${XXHASH_INCLUDE_DIR}")
+mark_as_advanced(XXHASH_INCLUDE_DIR)
+add_library(xxHash::xxhash INTERFACE IMPORTED)
+target_include_directories(xxHash::xxhash INTERFACE "${XXHASH_INCLUDE_DIR}")

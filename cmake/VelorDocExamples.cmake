@@ -24,7 +24,7 @@ function(velor_add_doc_examples page)
         add_executable(${program} ${source})
         target_link_libraries(${program} PRIVATE Velor2::Base)
         # As a reader would build it, without the stricter rules that this project has for its own code.
-        target_compile_options(${program} PRIVATE -Wall -Wextra)
+        target_compile_options(${program} PRIVATE ${velor_usual_warnings})
         add_test(NAME ${program} COMMAND ${CMAKE_COMMAND}
             -D "PROGRAM=${CMAKE_CROSSCOMPILING_EMULATOR};$<TARGET_FILE:${program}>"
             -D FOLDER=${CMAKE_CURRENT_BINARY_DIR}/${program}.run -P ${PROJECT_SOURCE_DIR}/cmake/RunInEmptyFolder.cmake)

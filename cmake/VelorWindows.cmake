@@ -2,14 +2,17 @@
 
 # Makes the library TARGET of what the system has and the compiler does not link by itself.
 function(velor_windows_system target)
-    set(streams ${CMAKE_CURRENT_BINARY_DIR}/libvelor-streams.a)
-    set(definition ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/windows/msvcrt.def)
-    add_custom_command(OUTPUT ${streams} DEPENDS ${definition}
-        COMMAND ${CMAKE_DLLTOOL} --input-def ${definition} --output-lib ${streams})
-    add_custom_target(${target}Streams DEPENDS ${streams})
     add_library(${target} INTERFACE)
-    add_dependencies(${target} ${target}Streams)
-    target_link_libraries(${target} INTERFACE ${streams} dwmapi wer)
+    target_link_libraries(${target} INTERFACE dwmapi wer)
+    if(MINGW)
+        set(streams ${CMAKE_CURRENT_BINARY_DIR}/libvelor-streams.a)
+        set(definition ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/windows/msvcrt.def)
+        add_custom_command(OUTPUT ${streams} DEPENDS ${definition}
+            COMMAND ${CMAKE_DLLTOOL} --input-def ${definition} --output-lib ${streams})
+        add_custom_target(${target}Streams DEPENDS ${streams})
+        add_dependencies(${target} ${target}Streams)
+        target_link_libraries(${target} INTERFACE ${streams})
+    endif()
 endfunction()
 
 # Gives the DLL TARGET the name that it has on Windows, and a version that the system shows.

@@ -1,7 +1,8 @@
 #pragma once
 
 /// \file
-/// What a symbol of the shared library shows to its callers. Everything is hidden unless it says otherwise.
+/// What a symbol of the shared library shows to its callers, and other marks that compilers spell differently.
+/// Everything is hidden unless it says otherwise.
 
 // Qt has such macros, too, but the header that defines them would be half the cost of a header without Qt
 // types. Only ELF knows a class whose table is visible while its functions are not.
@@ -21,4 +22,17 @@
 #endif
 #define VELOR_BASE_TYPE
 #define VELOR_BASE_PRIVATE
+#endif
+
+// What only some compilers take has a fallback beside it, which VELOR_BASE_PORTABLE chooses for its tests.
+#if defined(__GNUC__) && !defined(VELOR_BASE_PORTABLE)
+#define VELOR_BASE_GNU
+#endif
+
+#if defined(VELOR_BASE_GNU)
+/// Behind a function whose parameter number `text`, counted from 1, is a format of `printf` for the arguments
+/// from number `first` on: the compiler then warns of arguments that do not fit.
+#define VELOR_BASE_PRINTF(text, first) __attribute__((format(printf, text, first)))
+#else
+#define VELOR_BASE_PRINTF(text, first)
 #endif

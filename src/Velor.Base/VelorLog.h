@@ -199,7 +199,7 @@ public:
     /// _LogMsg of the kind "DEBUG" with a text formatted as by `printf`, cut to 4095 bytes. Mind the order of
     /// the arguments.
     static void _LogfDebugMsg(const std::string& function, int line, const char* format, ...)
-        __attribute__((format(printf, 3, 4)));
+        VELOR_BASE_PRINTF(3, 4);
 
 private:
     friend struct VelorLogTestAccess;

@@ -70,12 +70,20 @@ float clampToUnit(float x)
     return x > 1 ? 1.0F : x;
 }
 
+#if defined(VELOR_BASE_GNU)
 /// The components of a point side by side, for operations on all at once; each is the scalar operation, bit
 /// for bit. The fourth lane is idle.
 using Lanes [[gnu::vector_size(16)]] = float;
 
 Lanes toLanes(const TVec3d<float>& v) { return Lanes{v.x, v.y, v.z, 0}; }
 TVec3d<float> fromLanes(const Lanes& lanes) { return {lanes[0], lanes[1], lanes[2]}; }
+#else
+/// The same one component at a time, which takes g++ four times as long.
+using Lanes = TVec3d<float>;
+
+const Lanes& toLanes(const TVec3d<float>& v) { return v; }
+const TVec3d<float>& fromLanes(const Lanes& lanes) { return lanes; }
+#endif
 
 /// A cubic polynomial with the coefficients of 1, t, t^2 and t^3.
 struct Cubic

@@ -2,8 +2,9 @@
 
 #include "KelbIOSource.h"
 
-// For a state that need not be on the heap.
-#define XXH_STATIC_LINKING_ONLY
+// For a state that need not be on the heap: its size is promised only to code that is compiled along with the
+// functions on it.
+#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 namespace {
