@@ -412,7 +412,10 @@ bool VelorZipStream::isArchive(const QString& path) const
 void VelorZipStream::finish()
 {
     try {
-        mCompress->close(); // Its last flush fails without an exception, and leaves the stream bad.
+        mCompress->close(); // What it could not write may show in the stream alone.
+        if (!mOut->flush()) {
+            fail();
+        }
     } catch (...) {
         fail();
     }
