@@ -162,13 +162,17 @@ TEST(PlatformWindows, MessageBoxKeepsTextAndCaptionApart)
     EXPECT_EQ(text, "text");
 }
 
-TEST(PlatformWindows, ADestroyedOneIsNoLongerInFront)
+TEST(PlatformWindows, ADestroyedOneIsNoLongerInFrontAndHasNoFocus)
 {
     const HWND window = newWindow();
+    const HWND other = newWindow();
     EXPECT_NE(table.setForegroundWindow(window), 0);
+    SetFocus(window);
+    EXPECT_NE(table.destroyWindow(other), 0);
     EXPECT_EQ(table.getForegroundWindow(), window);
     EXPECT_NE(table.destroyWindow(window), 0);
     EXPECT_NE(table.getForegroundWindow(), window);
+    EXPECT_NE(SetFocus(newWindow()), window);
 }
 
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)

@@ -557,8 +557,8 @@ BOOL DestroyWindow(HWND window)
         }
     }
     desktop().windows.erase(window);
-    if (desktop().foreground == window) {
-        desktop().foreground = nullptr;
+    for (HWND* const holder : {&desktop().foreground, &desktop().focus}) {
+        *holder = *holder == window ? nullptr : *holder;
     }
     return TRUE;
 }
