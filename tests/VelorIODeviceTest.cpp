@@ -46,54 +46,55 @@ static_assert(!Writes<std::nullptr_t, bool> && !Writes<char, bool>);
 
 struct WriteRow
 {
-    const char* fault;
+    const char* name;
     std::function<bool(VelorIODevice&)> write;
     std::string bytes;
     bool written = true;
 };
 
 const WriteRow WriteRows[] = {
-    {"vectors",
+    {"vectors as x, y, z",
      [](auto& d) {
          return d.writeArray(std::array{Vector, Vector}.data(), 2);
      },
      VectorBytes + VectorBytes},
-    {"quaternion in the order of its fields", [](auto& d) { return d.write(Rotation); }, RotationBytes},
-    {"matrix", [](auto& d) { return d.write(TMat4d<float>()); }, IdentityBytes},
-    {"empty array fails", [](auto& d) { return d.writeArray(nullptr, 0); }, ""},
-    {"string cut", [](auto& d) { return d.write(u"\u00E4\U0001F600\0b"_s, true); },
+    {"quaternion with w first", [](auto& d) { return d.write(Rotation); }, RotationBytes},
+    {"matrix in storage order", [](auto& d) { return d.write(TMat4d<float>()); }, IdentityBytes},
+    {"empty array succeeds", [](auto& d) { return d.writeArray(nullptr, 0); }, ""},
+    {"string is whole with its zeros", [](auto& d) { return d.write(u"\u00E4\U0001F600\0b"_s, true); },
      "\xC3\xA4\xF0\x9F\x98\x80\0b\0"s},
-    {"string terminated", [](auto& d) { return d.write(u"ab"_s, false); }, "ab"},
-    {"null string not terminated", [](auto& d) { return d.write(QString(), true); }, "\0"s},
-    {"null string fails", [](auto& d) { return d.write(QString(), false); }, ""},
-    {"literal taken for bytes", [](auto& d) { return d.write("\xC3\xA4\xFF", true); },
-     "\xC3\xA4\xEF\xBF\xBD\0"s},
-    {"literal with an integer taken for a text", [](auto& d) { return d.write("\xFF\0b", 3); }, "\xFF\0b"s},
-    {"UTF-8 literal taken for bytes", [](auto& d) { return d.write(u8"\u00E4", true); }, "\xC3\xA4\0"s},
-    {"UTF-16 literal taken for bytes", [](auto& d) { return d.write(u"\u00E4", false); }, "\xC3\xA4"},
-    {"buffer written beyond its end",
+    {"string without a terminator", [](auto& d) { return d.write(u"ab"_s, false); }, "ab"},
+    {"null string is terminated", [](auto& d) { return d.write(QString(), true); }, "\0"s},
+    {"null string of no bytes succeeds", [](auto& d) { return d.write(QString(), false); }, ""},
+    {"literal is UTF-8", [](auto& d) { return d.write("\xC3\xA4\xFF", true); }, "\xC3\xA4\xEF\xBF\xBD\0"s},
+    {"an integer behind a literal counts raw bytes", [](auto& d) { return d.write("\xFF\0b", 3); },
+     "\xFF\0b"s},
+    {"UTF-8 literal", [](auto& d) { return d.write(u8"\u00E4", true); }, "\xC3\xA4\0"s},
+    {"UTF-16 literal", [](auto& d) { return d.write(u"\u00E4", false); }, "\xC3\xA4"},
+    {"character pointer ends at its zero",
      [](auto& d) {
          return d.write(std::array{'a', '\0', 'b'}.data(), true);
      },
      "a\0"s},
-    {"null pointer read", [](auto& d) { return d.write(static_cast<const char*>(nullptr), true); }, "\0"s},
-    {"string cut", [](auto& d) { return d.write("a\0b"s, true); }, "a\0b\0"s},
+    {"null pointer is an empty text",
+     [](auto& d) { return d.write(static_cast<const char*>(nullptr), true); }, "\0"s},
+    {"standard string is whole with its zeros", [](auto& d) { return d.write("a\0b"s, true); }, "a\0b\0"s},
     {"UTF-8 view", [](auto& d) { return d.write(std::u8string_view(u8"\u00E4"), false); }, "\xC3\xA4"},
     {"UTF-16 view", [](auto& d) { return d.write(std::u16string_view(u"\u00E4"), false); }, "\xC3\xA4"},
-    {"view of Qt", [](auto& d) { return d.write(QStringView(u"\u00E4"), true); }, "\xC3\xA4\0"s},
-    {"Latin-1 taken for UTF-8", [](auto& d) { return d.write("\xE4"_L1, true); }, "\xC3\xA4\0"s},
-    {"byte array taken for bytes", [](auto& d) { return d.write("\xFF"_ba, true); }, "\xEF\xBF\xBD\0"s},
-    {"XML", [](auto& d) { return d.write(dom()); }, DomText},
-    {"empty XML fails", [](auto& d) { return d.write(QDomDocument()); }, ""},
-    {"JSON", [](auto& d) { return d.write(Json); }, JsonText},
-    {"empty JSON succeeds", [](auto& d) { return d.write(QJsonDocument()); }, "", false},
+    {"Qt's view", [](auto& d) { return d.write(QStringView(u"\u00E4"), true); }, "\xC3\xA4\0"s},
+    {"Latin-1 becomes UTF-8", [](auto& d) { return d.write("\xE4"_L1, true); }, "\xC3\xA4\0"s},
+    {"byte array is UTF-8", [](auto& d) { return d.write("\xFF"_ba, true); }, "\xEF\xBF\xBD\0"s},
+    {"XML indented by 4", [](auto& d) { return d.write(dom()); }, DomText},
+    {"empty XML succeeds", [](auto& d) { return d.write(QDomDocument()); }, ""},
+    {"JSON indented", [](auto& d) { return d.write(Json); }, JsonText},
+    {"empty JSON fails", [](auto& d) { return d.write(QJsonDocument()); }, "", false},
 };
 
 /// Whatever call of the source fails, the write tells so and leaves what it has written.
 TEST(VelorIODevice, WritesTheExactBytesOrSaysThatItDidNot)
 {
     for (const WriteRow& row : WriteRows) {
-        SCOPED_TRACE(row.fault);
+        SCOPED_TRACE(row.name);
         MemorySource source;
         VelorIODevice device(&source);
         EXPECT_EQ(row.write(device), row.written);

@@ -60,9 +60,9 @@ public:
     /// Writes the text as UTF-8 in one call of the source. A U+0000 inside ends the string for `readString`,
     /// and a leading U+FEFF is not read back.
     ///
-    /// Every kind of text writes what the `QString` of it would, so that invalid units become U+FFFD: `char`,
-    /// `char8_t` and `QByteArray` hold UTF-8, `char16_t` UTF-16, `QLatin1String` Latin-1. A null pointer is
-    /// an empty text. A `bool` behind a pointer to anything else does not compile.
+    /// Every kind of text writes what the `QString` of it would: `char`, `char8_t` and `QByteArray` hold
+    /// UTF-8, `char16_t` UTF-16 and `QLatin1String` Latin-1. What is invalid is replaced as Qt does. A null
+    /// pointer is an empty text. A `bool` behind a pointer to anything else does not compile.
     /// @{
     bool write(const QString& text, bool terminate);
     bool write(QStringView text, bool terminate);
