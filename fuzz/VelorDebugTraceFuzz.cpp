@@ -39,9 +39,9 @@ void expectChildren(const QDomElement& element, QStringList names, const QString
 
 } // namespace
 
-/// Names and descriptions in a trace are whatever the application has met. The text of its element must be one
-/// that a parser reads, and give back each unit that XML can carry. The input is UTF-16: the lines are the names
-/// of the nodes, and the whole of it their description.
+/// Names and descriptions in a trace are whatever the application has met. The text of its element must be
+/// one that a parser reads, and give back each unit that XML can carry. The input is UTF-16: the lines are
+/// the names of the nodes, and the whole of it their description.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     QString text;

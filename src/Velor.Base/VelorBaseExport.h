@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// What a symbol of the shared library shows to its callers, and other marks that compilers spell differently.
-/// Everything is hidden unless it says otherwise.
+/// What a symbol of the shared library shows to its callers, and other marks that compilers spell
+/// differently. Everything is hidden unless it says otherwise.
 
 // Qt has such macros, too, but the header that defines them would be half the cost of a header without Qt
 // types. Only ELF knows a class whose table is visible while its functions are not.

@@ -14,11 +14,11 @@ class QDebug;
 /// Motion maths: easing, cubic Bézier and Catmull-Rom curves, the turning curve of a path, and scalars.
 ///
 /// Everything here is computation in single precision, with the order of the operations fixed, so that one
-/// input gives the same bits from every compiler, at every level of optimisation and on every processor. Where
-/// a function of the C library takes part (`pow`, `exp`, `sin`, `cos` or `acos` in `easeInEaseOut`, `normal`,
-/// `cardioid2D`, `signedAngle` and `turningCurve`), that holds with one version of that library; and a NaN is any NaN. No argument is checked and no parameter `t` is limited to 0..1:
-/// infinities, NaN and values outside come out as the arithmetic has them. Any thread may call this at any
-/// time.
+/// input gives the same bits from every compiler, at every level of optimisation and on every processor.
+/// Where a function of the C library takes part (`pow`, `exp`, `sin`, `cos` or `acos` in `easeInEaseOut`,
+/// `normal`, `cardioid2D`, `signedAngle` and `turningCurve`), that holds with one version of that library;
+/// and a NaN is any NaN. No argument is checked and no parameter `t` is limited to 0..1: infinities, NaN and
+/// values outside come out as the arithmetic has them. Any thread may call this at any time.
 
 /// One sample of a 2D curve.
 struct VELOR_BASE_EXPORT VelorCurveKnot
