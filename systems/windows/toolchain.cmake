@@ -1,5 +1,5 @@
 # Cross build for 64-bit Windows with Debian's g++-mingw-w64-x86-64-posix. VELOR_WINDOWS_ROOT, a variable of
-# the cache or of the environment, is the folder into which cmake/windows/dependencies installed.
+# the cache or of the environment, is the folder into which systems/windows/dependencies installed.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
