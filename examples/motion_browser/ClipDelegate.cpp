@@ -30,6 +30,12 @@ QStyleOptionViewItem withSelectionColours(const QStyleOptionViewItem& option)
     return shown;
 }
 
+QColor textColour(const QStyleOptionViewItem& option)
+{
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    return option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
+}
+
 /// The colour of the second line: the text's own, with something of the ground.
 QColor fainter(QColor text)
 {
@@ -60,8 +66,7 @@ void paintText(QPainter* painter, const QStyleOptionViewItem& option, const QRec
     const int beside = PictureSide + 2 * Padding;
     const QRect lines = QStyle::visualRect(option.direction, inner, inner.adjusted(beside, 0, 0, 0));
     const int half = lines.height() / 2;
-    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    const QColor colour = option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
+    const QColor colour = textColour(option);
     painter->setPen(colour);
     paintLine(painter, option, lines.adjusted(0, 0, 0, -half), Qt::AlignBottom, index.data().toString());
     painter->setPen(fainter(colour));
@@ -69,13 +74,12 @@ void paintText(QPainter* painter, const QStyleOptionViewItem& option, const QRec
               index.data(ClipModel::TagsRole).toString());
 }
 
-void paintFocus(QPainter* painter, const QStyleOptionViewItem& option, const QStyle* style)
+void paintFocus(QPainter* painter, const QStyleOptionViewItem& option)
 {
     if (option.state.testFlag(QStyle::State_HasFocus)) {
-        QStyleOptionFocusRect focus;
-        focus.QStyleOption::operator=(option);
-        focus.backgroundColor = option.palette.color(QPalette::Base);
-        style->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, option.widget);
+        painter->setPen(QPen(textColour(option), 1, Qt::DashLine));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option.rect.adjusted(1, 1, -2, -2));
     }
 }
 
@@ -91,8 +95,8 @@ void ClipDelegate::paint(QPainter* painter, const QStyleOptionViewItem& item, co
     painter->save();
     paintPicture(painter, option, inner, index.data().toString());
     paintText(painter, option, inner, index);
+    paintFocus(painter, option);
     painter->restore();
-    paintFocus(painter, option, style);
 }
 
 QSize ClipDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const

@@ -99,6 +99,7 @@ QLayout* MainWindow::makeSearchLine()
     connect(mSearch, &QLineEdit::returnPressed, this, &MainWindow::enterCatalogue);
 
     auto* line = new QHBoxLayout;
+    line->setContentsMargins(FocusFrameWidth, 0, FocusFrameWidth, 0);
     line->addWidget(title);
     line->addWidget(mSearch);
     return line;
