@@ -230,8 +230,9 @@ TEST(VelorDebugTraceNode, AnEndlessTreeAndElementsOfAnOverrideAreRefusedAsWell)
     below->addChild(root);
     EXPECT_FALSE(root->saveToFile(folder.path(u"."_s), QString()));
     below->addChild(Node::create(u"root"_s, QString()));
-    Node::create(u"other"_s, QString())->addChild(root);
-    root->clear();
+    const Node above = Node::create(u"above"_s, QString());
+    above->addChild(root);
+    above->clear();
     runOnStack(256, [&] {
         EXPECT_TRUE(
             QSharedPointer<DeepNode>::create(u"few"_s, 20)->saveToFile(folder.path(u"."_s), QString()));

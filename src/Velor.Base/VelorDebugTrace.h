@@ -83,11 +83,11 @@ private:
 /// A tree belongs to one thread at a time; handing it from thread to thread is the caller's to order.
 ///
 /// Depth: every operation on a subtree recurses. On a stack of 8 MiB, `clear()`, `setDebugEnabled()` and the
-/// end of the nodes are safe for 10,000 levels. Saving goes through Qt's DOM, which takes more: 400 levels
-/// are safe on a stack of 1 MiB and 3,000 on 8 MiB, and a deeper tree ends the process.
+/// end of the nodes are safe for 10,000 levels. Saving goes through Qt's DOM, which takes more: see
+/// `saveToFile()`, which refuses what is too deep.
 ///
-/// A node must not come below itself. Nothing checks that: such a loop is never freed, and the operations
-/// above recurse until the stack ends.
+/// A node must not come below itself. Nothing checks that but `saveToFile()`: such a loop is never freed, and
+/// `clear()`, `setDebugEnabled()` and `toXml()` recurse until the stack ends.
 class VELOR_BASE_EXPORT VelorDebugTraceNode : public QEnableSharedFromThis<VelorDebugTraceNode>
 {
 public:
@@ -146,8 +146,9 @@ public:
     /// is not seen.
     ///
     /// Qt writes the elements by recursion. A tree that is too deep for what is left of the calling thread's
-    /// stack, endless ones included, gives false before anything on disk is touched. 400 levels fit a stack
-    /// of 1 MiB and 3,000 one of 8 MiB.
+    /// stack, endless ones included, gives false before anything on disk is touched; so do elements that
+    /// overrides of `toXml()` nest too deep. 400 levels fit a stack of 1 MiB and 3,000 one of 8 MiB, if an
+    /// override takes at most 1 KiB of stack itself.
     ///
     /// The time grows linearly with the number of nodes, but with the square of the number of `<`, `&`, `"`
     /// and line ends in a single text: 100,000 of them in one description take a tenth of a second, a million
