@@ -34,5 +34,6 @@
 /// from number `first` on: the compiler then warns of arguments that do not fit.
 #define VELOR_BASE_PRINTF(text, first) __attribute__((format(printf, text, first)))
 #else
+/// Without such warnings.
 #define VELOR_BASE_PRINTF(text, first)
 #endif

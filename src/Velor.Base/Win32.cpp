@@ -7,7 +7,7 @@ namespace {
 /// How far `here` is above the end of its stack, which lies from `low` to `high`.
 std::size_t stackBelow(std::uintptr_t here, std::uintptr_t low, std::uintptr_t high)
 {
-    constexpr std::size_t OfAnUnknownStack = 64 * 1024;
+    constexpr std::size_t OfAnUnknownStack = std::size_t(64) * 1024;
     return low < here && here <= high ? here - low : OfAnUnknownStack;
 }
 
