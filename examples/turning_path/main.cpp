@@ -108,7 +108,7 @@ QString readOut(const QCommandLineParser& parser)
         throw UsageError{
             QStringLiteral("'%1' belongs to no option").arg(parser.positionalArguments().first())};
     }
-    const QString out = parser.value(QStringLiteral("out"));
+    QString out = parser.value(QStringLiteral("out"));
     const QString suffix = QFileInfo(out).suffix().toLower();
     if (suffix != QLatin1String("svg") && suffix != QLatin1String("png")) {
         throw UsageError{

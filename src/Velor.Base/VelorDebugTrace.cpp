@@ -16,7 +16,7 @@ namespace {
 constexpr int XmlIndent = 4;
 
 /// What a saving takes of the stack whatever its depth: the text stream, the file, the system's calls.
-constexpr std::size_t StackReserve = 24 * 1024;
+constexpr std::size_t StackReserve = std::size_t(24) * 1024;
 /// For toXml, overrides of it included, and for the end of the DOM, whose levels take some 500 and 70 bytes.
 constexpr std::size_t LeastBytesPerLevel = 2048;
 
