@@ -152,7 +152,7 @@ TEST(VelorDebugTraceNode, TellsAFileThatCannotBeOpenedButNotAFullDisk)
 void runOnStack(uint kibibytes, const std::function<void()>& action)
 {
     const std::unique_ptr<QThread> thread(QThread::create(action));
-    thread->setStackSize(kibibytes << 10);
+    thread->setStackSize((kibibytes + VELOR_SANITIZER_STACK) << 10);
     thread->start();
     thread->wait();
 }
