@@ -83,8 +83,8 @@ private:
 /// A tree belongs to one thread at a time; handing it from thread to thread is the caller's to order.
 ///
 /// Depth: every operation on a subtree recurses. On a stack of 8 MiB, `clear()`, `setDebugEnabled()` and the
-/// end of the nodes are safe for 10,000 levels. Saving goes through Qt's DOM, which takes more: see
-/// `saveToFile()`, which refuses what is too deep.
+/// end of the nodes are safe for 10,000 levels, on s390x for 5,000. Saving goes through Qt's DOM, which takes
+/// more: see `saveToFile()`, which refuses what is too deep.
 ///
 /// A node must not come below itself. Nothing checks that but `saveToFile()`: such a loop is never freed, and
 /// `clear()`, `setDebugEnabled()` and `toXml()` recurse until the stack ends.
