@@ -8,9 +8,6 @@
 /// The forms in which a path goes to the operating system's wide file operations. All are pure functions of
 /// their text; none looks at a disk.
 
-/// A counted string of UTF-16 code units.
-using WideString = std::basic_string<WCHAR>;
-
 /// The UTF-16 form of UTF-8 `text`. Text that the system cannot convert, and text of 2 GiB
 /// or more, gives an empty string.
 WideString utf8ToWide(std::string text);

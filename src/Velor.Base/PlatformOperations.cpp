@@ -401,7 +401,7 @@ bool registerCrashFile(const char* path)
     if (units < 1) {
         return false;
     }
-    std::basic_string<WCHAR> wide(static_cast<std::size_t>(units), WCHAR(0));
+    WideString wide(static_cast<std::size_t>(units), WCHAR(0));
     if (MultiByteToWideChar(CP_ACP, 0, path, bytes, wide.data(), units) == 0) {
         return false;
     }

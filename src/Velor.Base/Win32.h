@@ -323,17 +323,28 @@ void addDialogTemplate(WORD id, std::vector<DialogControl> controls);
 #endif
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
+
+/// A counted string of UTF-16 code units.
+using WideString = std::basic_string<WCHAR>;
 
 /// How many bytes are left of the calling thread's stack. On a stack that the program has made itself, which
 /// the system does not know, this is 64 KiB.
 std::size_t remainingStack();
 
+/// How far `here` is above the end of its stack, which lies from `low` to `high`.
+inline std::size_t stackBelow(std::uintptr_t here, std::uintptr_t low, std::uintptr_t high)
+{
+    constexpr std::size_t OfAnUnknownStack = std::size_t(64) * 1024;
+    return low < here && here <= high ? here - low : OfAnUnknownStack;
+}
+
 /// The path by which a standard file stream opens the wide name `path`; an empty one, which opens nothing,
 /// where no such name can exist.
-std::filesystem::path streamPath(const std::basic_string<WCHAR>& path);
+std::filesystem::path streamPath(const WideString& path);
 
 /// The wide name of `path`, which `streamPath` turns back. Where names are bytes, those that are no text have
 /// the lone surrogates of `MultiByteToWideChar`.
-std::basic_string<WCHAR> wideName(const std::filesystem::path& path);
+WideString wideName(const std::filesystem::path& path);
