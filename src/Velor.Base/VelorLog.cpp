@@ -1,13 +1,13 @@
 #include "VelorLog.h"
 
 #include "PlatformOperations.h"
+#include "VelorLogFiles.h"
 
 #include <QtCore/QAnyStringView>
 #include <QtCore/QByteArrayView>
 #include <QtCore/QDateTime>
 #include <QtCore/QDebug>
 #include <QtCore/QDir>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTemporaryFile>
 
@@ -16,7 +16,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
-#include <iomanip>
 #include <iostream>
 #include <numeric>
 #include <string_view>
@@ -26,9 +25,6 @@ namespace {
 
 constexpr const char* ColourReset = "\033[0m";
 constexpr std::size_t FormatBufferSize = 4096;
-constexpr qint64 RetentionSeconds = 86400;
-constexpr QLatin1StringView LogFileSuffix(".log");
-constexpr QLatin1StringView TimeStampFormat("yyyy-MM-dd_hh-mm-ss");
 
 struct LevelStyle
 {
@@ -91,23 +87,6 @@ std::string crashFilePath(const std::string& name)
     const QString text = QString::fromStdString(name);
     const QByteArray local = text.toLocal8Bit();
     return QString::fromLocal8Bit(local) == text ? local.toStdString() : name;
-}
-
-/// The form of the base names of the log files of `prefix`. It does not tell where the name begins.
-QRegularExpression logFileForm(const QString& prefix)
-{
-    return QRegularExpression(QStringLiteral("%1_(\\d{4})-(\\d{2})-(\\d{2})_(\\d{2})-(\\d{2})-(\\d{2})$")
-                                  .arg(QRegularExpression::escape(prefix)));
-}
-
-/// The moment that follows a prefix of `prefixSize` and its underscore; invalid for a name of another form.
-QDateTime logFileTime(const QFileInfo& file, const QRegularExpression& form, qsizetype prefixSize)
-{
-    const QString baseName = file.baseName();
-    if (!form.match(baseName).hasMatch()) {
-        return {};
-    }
-    return QDateTime::fromString(baseName.mid(prefixSize + 1), TimeStampFormat);
 }
 
 void deleteLogFile(const QFileInfo& file)
@@ -363,21 +342,9 @@ void VelorLog::writeToFile(const std::string& text)
     writeLine(mFile, {mTimeStampEnabled ? timeStamp(std::time(nullptr)) : std::string_view(), text});
 }
 
-/// Formats the time anew only when the second has changed.
 const std::string& VelorLog::timeStamp(std::time_t now)
 {
-    if (now != mTimeStampSecond) {
-        const QTime local = QDateTime::fromSecsSinceEpoch(now).time();
-        std::tm clock = {};
-        clock.tm_hour = local.hour();
-        clock.tm_min = local.minute();
-        clock.tm_sec = local.second();
-        std::ostringstream text;
-        text.imbue(mFile.getloc());
-        text << std::put_time(&clock, "%H:%M:%S - ");
-        mTimeStamp = text.str();
-        mTimeStampSecond = now;
-    }
+    updateTimeStamp(mTimeStamp, mTimeStampSecond, now, mFile.getloc());
     return mTimeStamp;
 }
 
@@ -517,9 +484,7 @@ bool VelorLogManager::setupDefaultLog(const std::string& name, const std::string
         QMessageLogger(nullptr, 0, Q_FUNC_INFO).warning() << "Failed to create writable path: " << folder;
         return false;
     }
-    const QString stamp = QDateTime::currentDateTime().toString(TimeStampFormat);
-    const QString shortName = QStringLiteral("%1_%2").arg(QString::fromStdString(name), stamp);
-    getSingleton().createLog(shortName.toStdString(), directory, true);
+    getSingleton().createLog(datedLogName(name, QDateTime::currentDateTime()), directory, true);
     mDefaultLogsDirectory = directory;
     deleteOldLogFiles(name, directory);
     return true;
@@ -527,7 +492,10 @@ bool VelorLogManager::setupDefaultLog(const std::string& name, const std::string
 
 void VelorLogManager::deleteOldLogFiles(const std::string& name, const std::string& directory)
 {
-    deleteOldLogFiles(name, directory, QDateTime::currentDateTime());
+    const QFileInfoList files = oldLogFiles(name, directory, QDateTime::currentDateTime());
+    for (const QFileInfo& file : files) {
+        deleteLogFile(file);
+    }
 }
 
 VelorLog* VelorLogManager::findLog(const std::string& name) const
@@ -547,20 +515,4 @@ void VelorLogManager::eraseLog(std::map<std::string, std::unique_ptr<VelorLog>>:
         mDefaultLog = nullptr;
     }
     mLogsByName.erase(entry);
-}
-
-void VelorLogManager::deleteOldLogFiles(const std::string& name, const std::string& directory,
-                                        const QDateTime& now)
-{
-    const QString prefix = QString::fromStdString(name);
-    const QDir folder(QString::fromStdString(directory));
-    const QStringList filter{QStringLiteral("*%1").arg(LogFileSuffix)};
-    const QRegularExpression form = logFileForm(prefix);
-    const QFileInfoList files = folder.entryInfoList(filter, QDir::Files, QDir::NoSort);
-    for (const QFileInfo& file : files) {
-        const QDateTime time = logFileTime(file, form, prefix.size());
-        if (time.isValid() && time.secsTo(now) >= RetentionSeconds) {
-            deleteLogFile(file);
-        }
-    }
 }

@@ -18,7 +18,6 @@
 class LogListener;
 class QAnyStringView;
 class QByteArray;
-class QDateTime;
 class QDebug;
 
 /// What C++ would take for a bool although it is none: a text, like every pointer, is silently true, and so
@@ -202,8 +201,6 @@ public:
         VELOR_BASE_PRINTF(3, 4);
 
 private:
-    friend struct VelorLogTestAccess;
-
     bool reopenFile();
     bool notifyListeners(const std::string& text, Level level, bool skipConsole, std::exception_ptr& failure);
     void writeToConsole(const std::string& text, Level level) const;
@@ -333,8 +330,6 @@ public:
     static void deleteOldLogFiles(const std::string& name, const std::string& directory);
 
 private:
-    friend struct VelorLogTestAccess;
-
     VelorLogManager() = default;
     ~VelorLogManager();
     VelorLogManager(const VelorLogManager&) = delete;
@@ -343,8 +338,6 @@ private:
     VelorLog* findLog(const std::string& name) const;
     VelorLog* findTarget(const std::string& logName) const;
     void eraseLog(std::map<std::string, std::unique_ptr<VelorLog>>::iterator entry);
-    static void deleteOldLogFiles(const std::string& name, const std::string& directory,
-                                  const QDateTime& now);
 
     static std::string mDefaultLogsDirectory;
 
