@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <string>
 
 namespace {
 
@@ -13,15 +12,16 @@ namespace {
 /// the processor's cache.
 constexpr std::size_t BufferSize = std::size_t(64) * 1024;
 
-std::FILE* openStream(const std::string& path, const char* mode)
-{
-    const WideString wideMode = utf8ToWide(mode);
-    return _wfopen(toWidePath(path).c_str(), wideMode.c_str());
-}
+// What a stream is opened with; creating empties a file. Not literals, whose type differs between
+// systems.
+constexpr WCHAR OpenToRead[] = {'r', 'b', 0};
+constexpr WCHAR CreateToWrite[] = {'w', 'b', 0};
+constexpr WCHAR OpenToReadAndWrite[] = {'r', 'b', '+', 0};
+constexpr WCHAR CreateToReadAndWrite[] = {'w', 'b', '+', 0};
 
-bool canBeRead(const std::string& path)
+bool canBeRead(const WideString& path)
 {
-    std::FILE* stream = openStream(path, "rb");
+    std::FILE* stream = _wfopen(path.c_str(), OpenToRead);
     if (stream == nullptr) {
         return false;
     }
@@ -29,28 +29,28 @@ bool canBeRead(const std::string& path)
     return true;
 }
 
-const char* openingMode(const std::string& path, std::uint32_t mode)
+const WCHAR* openingMode(const WideString& path, std::uint32_t mode)
 {
     switch (mode) {
     case KelbFile::ModeWrite:
-        return "wb";
+        return CreateToWrite;
     case KelbFile::ModeReadWrite:
-        return canBeRead(path) ? "rb+" : "wb+";
+        return canBeRead(path) ? OpenToReadAndWrite : CreateToReadAndWrite;
     default:
-        return "rb";
+        return OpenToRead;
     }
 }
 
-/// "wb" would empty the file.
-const char* reopeningMode(const std::string& path, std::uint32_t mode)
+/// Not by creating, which would lose what was written.
+const WCHAR* reopeningMode(const WideString& path, std::uint32_t mode)
 {
-    return mode == KelbFile::ModeWrite ? "rb+" : openingMode(path, mode);
+    return mode == KelbFile::ModeWrite ? OpenToReadAndWrite : openingMode(path, mode);
 }
 
-void setFileLength(const std::string& path, std::uint64_t size)
+void setFileLength(const WideString& path, std::uint64_t size)
 {
-    HANDLE file = CreateFileW(toWidePath(path).c_str(), GENERIC_WRITE, FILE_SHARE_WRITE, nullptr,
-                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return;
     }
@@ -77,15 +77,15 @@ struct KelbFile::Record
 
     std::uint32_t mode = 0;
     std::FILE* stream = nullptr;
-    std::string path;
+    WideString path;
     bool closeFailed = false;
     Operation last = Operation::Move;
     /// Given to the stream: some C libraries ignore a size that comes without memory.
     std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(BufferSize);
 
-    void open(const char* streamMode)
+    void open(const WCHAR* streamMode)
     {
-        stream = openStream(path, streamMode);
+        stream = _wfopen(path.c_str(), streamMode);
         last = Operation::Move;
         if (stream != nullptr) {
             std::setvbuf(stream, buffer.get(), _IOFBF, BufferSize);
@@ -131,7 +131,7 @@ KelbFile::KelbFile(const char* path, std::uint32_t mode)
     : mRecord(std::make_unique<Record>())
 {
     mRecord->mode = mode;
-    mRecord->path = path;
+    mRecord->path = toWidePath(path);
     mRecord->open(openingMode(mRecord->path, mode));
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -97,20 +98,20 @@ std::string encodeUtf8(const WideString& wide)
     return text;
 }
 
-std::string nativePath(const WideString& path)
+/// Undoes the forms of `toLongPath`.
+std::string nativePath(WideString path)
 {
-    static const WideString Prefix = u"\\\\?\\";
-    static const WideString NetworkPrefix = u"\\\\?\\UNC\\";
-    const auto withSlashes = [](WideString text) {
-        std::replace(text.begin(), text.end(), u'\\', u'/');
-        return encodeUtf8(text);
-    };
+    constexpr std::u16string_view Prefix = u"\\\\?\\";
+    constexpr std::u16string_view NetworkPrefix = u"\\\\?\\UNC\\";
+    if (!path.starts_with(Prefix)) {
+        return encodeUtf8(path);
+    }
     if (path.starts_with(NetworkPrefix)) {
-        return withSlashes(u"//" + path.substr(NetworkPrefix.size()));
+        path.replace(0, NetworkPrefix.size(), u"//");
+    } else {
+        path.erase(0, Prefix.size());
     }
-    if (path.starts_with(Prefix)) {
-        return withSlashes(path.substr(Prefix.size()));
-    }
+    std::replace(path.begin(), path.end(), u'\\', u'/');
     return encodeUtf8(path);
 }
 
@@ -181,7 +182,9 @@ BOOL MoveFileExW(const WCHAR* from, const WCHAR* to, DWORD)
 
 std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode)
 {
-    std::FILE* stream = std::fopen(nativePath(path).c_str(), encodeUtf8(mode).c_str());
+    const std::u16string_view asciiMode(mode);
+    const std::string nativeMode(asciiMode.begin(), asciiMode.end());
+    std::FILE* stream = std::fopen(nativePath(path).c_str(), nativeMode.c_str());
     if (stream != nullptr && isDirectory(stream)) {
         std::fclose(stream);
         errno = EISDIR;
