@@ -108,7 +108,9 @@ protected:
     KelbIOSource* mSource;
 };
 
-/// A file on disk, read and written through a buffered C stream. Long paths and every letter of UTF-8 work,
+/// The library's own file on disk, which a program cannot link: take a KelbDeviceSource over a `QFile`.
+///
+/// It is read and written through a buffered C stream. Long paths and every letter of UTF-8 work,
 /// and so do files beyond 4 GiB.
 ///
 /// The object owns its stream and closes it in the destructor. It is open or closed: it starts in either
