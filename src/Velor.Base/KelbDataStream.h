@@ -121,7 +121,7 @@ inline std::uint64_t IDataStream::readDelimited(void* buffer, std::uint64_t maxC
     Scratch scratch;
     std::uint64_t total = 0;
     while (total < maxCount) {
-        const std::uint64_t came = readScratch(scratch, std::min(maxCount - total, ScratchSize));
+        const std::uint64_t came = readScratch(scratch, (std::min)(maxCount - total, ScratchSize));
         if (came == 0) {
             break;
         }

@@ -67,9 +67,9 @@ public:
     bool write(const QString& text, bool terminate);
     bool write(QStringView text, bool terminate);
     bool write(const QByteArray& text, bool terminate);
-    template <VelorText Text, typename Bool>
-        requires std::is_same_v<Bool, bool>
-    bool write(const Text& text, Bool terminate)
+    template <VelorText Text, typename Flag>
+        requires std::is_same_v<Flag, bool>
+    bool write(const Text& text, Flag terminate)
     {
         if constexpr (VelorTextOf<Text, char>) {
             return writeText(viewOf<char>(text), terminate);
@@ -79,15 +79,15 @@ public:
             return writeText(viewOf<char16_t>(text), terminate);
         }
     }
-    template <typename Other, typename Bool>
-        requires(std::is_same_v<Bool, bool> && !VelorText<Other> && !std::is_class_v<Other>)
-    bool write(const Other& other, Bool terminate) = delete;
+    template <typename Other, typename Flag>
+        requires(std::is_same_v<Flag, bool> && !VelorText<Other> && !std::is_class_v<Other>)
+    bool write(const Other& other, Flag terminate) = delete;
     /// @}
     /// Writes the components of one value, in the order that the table has.
     /// @{
-    bool write(const TVec3d<float>& value);
-    bool write(const quat& value);
-    bool write(const TMat4d<float>& value);
+    bool write(const ::TVec3d<float>& value);
+    bool write(const ::quat& value);
+    bool write(const ::TMat4d<float>& value);
     /// @}
     /// Writes the text in one call of the source; an empty document writes nothing and gives true. The bytes
     /// are UTF-8 whatever encoding the document declares, so it should declare none or UTF-8.
@@ -95,15 +95,15 @@ public:
     /// Writes the text in one call of the source; an empty document writes nothing and gives false.
     bool write(const QJsonDocument& document);
     /// Writes `count` vectors, without their number.
-    bool writeArray(const TVec3d<float>* values, std::uint64_t count);
+    bool writeArray(const ::TVec3d<float>* values, std::uint64_t count);
 
     /// Reads `count` vectors into `values`, which has room for them.
-    void readVector3Array(TVec3d<float>* values, std::uint64_t count);
+    void readVector3Array(::TVec3d<float>* values, std::uint64_t count);
     /// The next value, as `write` writes it.
     /// @{
-    TVec3d<float> readVector3();
-    quat readQuaternion();
-    TMat4d<float> readMatrix4();
+    ::TVec3d<float> readVector3();
+    ::quat readQuaternion();
+    ::TMat4d<float> readMatrix4();
     /// @}
     /// Reads up to a byte 0, which is consumed, or the end of the data. Invalid UTF-8 becomes U+FFFD.
     QString readString();

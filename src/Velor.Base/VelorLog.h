@@ -15,6 +15,11 @@
 #include <type_traits>
 #include <vector>
 
+#if defined(None)
+#error                                                                                                       \
+    "The macro None, such as that of <X11/X.h>, hides VelorLog::None: include VelorLog.h first, or #undef None"
+#endif
+
 class LogListener;
 class QAnyStringView;
 class QByteArray;

@@ -24,9 +24,9 @@ class QDebug;
 struct VELOR_BASE_EXPORT VelorCurveKnot
 {
     /// A point of the curve.
-    TVec2d<float> position;
+    ::TVec2d<float> position;
     /// The direction of travel there.
-    TVec2d<float> tangent;
+    ::TVec2d<float> tangent;
 
     /// Exact comparison, field by field, and debug output of the fields.
     /// @{
@@ -78,29 +78,29 @@ public:
 
     /// The point at `t` of the cubic Bézier curve from `p0` at 0 to `p3` at 1, by its Bernstein form. The
     /// weights are worked out in double and rounded to float once; the sum is in float, from `p0` on.
-    static TVec2d<float> bezierCubic2D(TVec2d<float> p0, TVec2d<float> p1, TVec2d<float> p2, TVec2d<float> p3,
-                                       float t);
+    static ::TVec2d<float> bezierCubic2D(::TVec2d<float> p0, ::TVec2d<float> p1, ::TVec2d<float> p2,
+                                         ::TVec2d<float> p3, float t);
 
     /// The direction of that curve at `t`, of unit length; zero where the sum of the weighted points is zero.
     /// Where the curve has no direction, the rounding of the weights may leave one all the same.
-    static TVec2d<float> bezierCubicTangent2D(TVec2d<float> p0, TVec2d<float> p1, TVec2d<float> p2,
-                                              TVec2d<float> p3, float t);
+    static ::TVec2d<float> bezierCubicTangent2D(::TVec2d<float> p0, ::TVec2d<float> p1, ::TVec2d<float> p2,
+                                                ::TVec2d<float> p3, float t);
 
     /// As `bezierCubic2D`, in space.
-    static TVec3d<float> bezierCubic3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2, TVec3d<float> p3,
-                                       float t);
+    static ::TVec3d<float> bezierCubic3D(::TVec3d<float> p0, ::TVec3d<float> p1, ::TVec3d<float> p2,
+                                         ::TVec3d<float> p3, float t);
 
     /// The point at `t` of the uniform Catmull-Rom curve, which runs from `p1` at 0 to `p2` at 1; `p0` and
     /// `p3` shape its ends. All four points enter each coefficient, so that one infinite point gives NaN.
-    static TVec3d<float> catmullRom3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2, TVec3d<float> p3,
-                                      float t);
+    static ::TVec3d<float> catmullRom3D(::TVec3d<float> p0, ::TVec3d<float> p1, ::TVec3d<float> p2,
+                                        ::TVec3d<float> p3, float t);
 
     /// The derivative by `t` of `catmullRom3D`, not normalised.
-    static TVec3d<float> derivCatmullRom3D(TVec3d<float> p0, TVec3d<float> p1, TVec3d<float> p2,
-                                           TVec3d<float> p3, float t);
+    static ::TVec3d<float> derivCatmullRom3D(::TVec3d<float> p0, ::TVec3d<float> p1, ::TVec3d<float> p2,
+                                             ::TVec3d<float> p3, float t);
 
     /// The point of a cardioid at `angle` in radians. Its cusp is at `center` + (`scale`, 0), for angle 0.
-    static TVec2d<float> cardioid2D(TVec2d<float> center, float scale, float angle);
+    static ::TVec2d<float> cardioid2D(::TVec2d<float> center, float scale, float angle);
 
     /// Carries `x` from the range `inMin`..`inMax` over to `outMin`..`outMax`, and beyond both ends. An empty
     /// input range divides by zero.
@@ -109,7 +109,7 @@ public:
     /// The angle in radians from `a` to `b`, both of unit length: positive when `a`, `b` and `axis` are
     /// right-handed, negative otherwise, also when they lie in one plane (equal vectors give -0, opposite
     /// ones -pi). 0 when `a` or `b` is zero.
-    static float signedAngle(const TVec3d<float>& a, const TVec3d<float>& b, const TVec3d<float>& axis);
+    static float signedAngle(const ::TVec3d<float>& a, const ::TVec3d<float>& b, const ::TVec3d<float>& axis);
 
     /// 1, -1 or 0 by the sign of `x`; 0 for NaN.
     static float sgn(float x);
@@ -139,8 +139,8 @@ public:
     ///         length or zero; then, where there is a run-in, one knot of `target` and `heading` as they came
     ///         in. The last knot of the curve may miss its end by the rounding of the steps.
     /// \throws std::bad_alloc when there is no memory for the knots
-    static QList<VelorCurveKnot> turningCurve(TVec2d<float> start, TVec2d<float> target,
-                                              TVec2d<float> heading, float bulge, float handleLength,
+    static QList<VelorCurveKnot> turningCurve(::TVec2d<float> start, ::TVec2d<float> target,
+                                              ::TVec2d<float> heading, float bulge, float handleLength,
                                               float runIn, int segments);
 
     /// Writes `easeInEaseOut` with exponent 2 into a text file for plotting: 101 lines of `t` and the value,

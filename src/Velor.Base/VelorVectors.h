@@ -1,5 +1,7 @@
 #pragma once
 
+#include "VelorBaseExport.h"
+
 #include <array>
 #include <cmath>
 #include <cstddef>
