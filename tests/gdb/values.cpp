@@ -1,6 +1,12 @@
+#include <Velor.Base/KelbSynonyms.h>
 #include <Velor.Base/KelbTags.h>
+#include <Velor.Base/VelorDropData.h>
+#include <Velor.Base/VelorMath.h>
 #include <Velor.Base/VelorVectors.h>
 #include <Velor.Base/VelorVersion.h>
+
+#include <QtCore/QTemporaryFile>
+#include <QtXml/QDomDocument>
 
 #include <csignal>
 
@@ -16,5 +22,19 @@ int main()
     [[maybe_unused]] const KelbTags noTags;
     [[maybe_unused]] const KelbTags tags(QList<QString>{QString(), QStringLiteral("Läufer \U0001F3C3")});
     [[maybe_unused]] const VelorCategoryTags category(QStringLiteral("walk, run"));
+    [[maybe_unused]] const VelorCurveKnot knot{{1, 2}, {0, -1}};
+    [[maybe_unused]] const DoubleMinMax range{-1, 2.5F};
+    [[maybe_unused]] const VelorDropData drop({{QStringLiteral("Walk"), {}}, {}}, VelorDropData::Clip);
+    const QByteArray text =
+        "<KelbSynonyms><KelbSynonym values='run, Jog'/><KelbSynonym values='walk'/></KelbSynonyms>";
+    QDomDocument document;
+    document.setContent(text);
+    KelbSynonym synonym;
+    synonym.readXML(document.documentElement().firstChildElement());
+    QTemporaryFile file;
+    KelbSynonyms synonyms;
+    if (!file.open() || file.write(text) != text.size() || !file.flush() || !synonyms.load(file.fileName())) {
+        return 1;
+    }
     return std::raise(SIGTRAP);
 }

@@ -1,7 +1,7 @@
 """Shows values of Velor2.Base in gdb as their debug output has them: TVec3d(1, 2, 3), VelorVersion(6.1.2).
 
-gdb loads this by itself when the library is installed under its own prefix, /usr on most systems; elsewhere say
-`source <this file>`, in ~/.gdbinit for instance. Nothing is called in the program that is being looked at, so that
+gdb loads this by itself when the library is installed under gdb's own prefix, /usr on most systems; README.md tells how
+to load it from elsewhere. A payload of a drag is shown by its kind and the names in it. Nothing is called in the program that is being looked at, so that
 values can be shown in a core file, too."""
 
 import gdb
@@ -28,11 +28,12 @@ def text_of(string):
     return bytes(memory).decode("utf-16-le", "replace")
 
 
-def texts_of(strings):
-    pointer, size = array_of(strings)
+def texts_of(container, text=text_of):
+    """What `text` makes of the elements of a QList."""
+    pointer, size = array_of(container)
     if not 0 <= size <= MAX_CHARACTERS:
         return ["<not built>"]
-    texts = [text_of(pointer[i]) for i in range(min(size, MAX_LIST))]
+    texts = [text(pointer[i]) for i in range(min(size, MAX_LIST))]
     return texts + ["..."] if size > MAX_LIST else texts
 
 
@@ -68,15 +69,34 @@ class Version:
         return "VelorVersion(" + ".".join(str(self.value[part]) for part in ("mMajor", "mMid", "mMinor")) + ")"
 
 
-class Tags:
-    def __init__(self, value):
+class Lists:
+    """A class with one list, of which `texts` makes the texts to show."""
+
+    def __init__(self, value, texts):
         self.value = value
+        self.texts = texts
 
     def to_string(self):
         name = self.value.type.strip_typedefs().unqualified().name
         if not self.value.type.fields():
             return name + "(<the debug information of the library is missing>)"
-        return name + "(" + ", ".join(texts_of(self.value["mTags"])) + ")"
+        return name + "(" + ", ".join(self.texts(self.value)) + ")"
+
+
+def tags(value):
+    return Lists(value, lambda value: texts_of(value["mTags"]))
+
+
+def synonym(value):
+    return Lists(value, lambda value: texts_of(value["mValues"]))
+
+
+def synonyms(value):
+    return Lists(value, lambda value: texts_of(value["mGroups"], lambda group: synonym(group.dereference()).to_string()))
+
+
+def drop_data(value):
+    return Lists(value, lambda value: [str(value["mType"])] + texts_of(value["mItems"], lambda item: text_of(item["name"])))
 
 
 def build():
@@ -86,7 +106,12 @@ def build():
     printers.add_printer("TMat4d", r"^TMat4d<.*>$", Matrix)
     printers.add_printer("quat", r"^quat$", components("quat", {field: field + " " for field in "xyzw"}))
     printers.add_printer("VelorVersion", r"^VelorVersion$", Version)
-    printers.add_printer("KelbTags", r"^(KelbTags|VelorCategoryTags)$", Tags)
+    printers.add_printer("DoubleMinMax", r"^DoubleMinMax$", components("DoubleMinMax", {"min": "", "max": ""}))
+    printers.add_printer("VelorCurveKnot", r"^VelorCurveKnot$", components("VelorCurveKnot", {"position": "", "tangent": ""}))
+    printers.add_printer("KelbTags", r"^(KelbTags|VelorCategoryTags)$", tags)
+    printers.add_printer("KelbSynonym", r"^KelbSynonym$", synonym)
+    printers.add_printer("KelbSynonyms", r"^KelbSynonyms$", synonyms)
+    printers.add_printer("VelorDropData", r"^VelorDropData$", drop_data)
     return printers
 
 
