@@ -22,15 +22,23 @@ install(FILES
     ${PROJECT_BINARY_DIR}/Velor2.BaseConfigVersion.cmake
     DESTINATION ${config_dir} COMPONENT Development)
 
-# For pkg-config: all paths follow from where the file itself lies.
+# For pkg-config: paths follow from where the file itself lies, but for those that were asked for as absolute ones.
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH prefix_from_pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+    file(RELATIVE_PATH pkgconfig_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+    string(PREPEND pkgconfig_prefix "\${pcfiledir}/")
+endif()
+cmake_path(APPEND pkgconfig_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
+cmake_path(APPEND pkgconfig_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 list(TRANSFORM velor_qt_components REPLACE "(.+)" "Qt6\\1 >= ${velor_qt_version}" OUTPUT_VARIABLE pkgconfig_requires)
 list(JOIN pkgconfig_requires ", " pkgconfig_requires)
 configure_file(cmake/Velor2.Base.pc.in ${PROJECT_BINARY_DIR}/Velor2.Base.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/Velor2.Base.pc DESTINATION ${pkgconfig_dir} COMPONENT Development)
 
 # For gdb, which looks for this name when it loads the library from the prefix that is chosen when installing.
+cmake_path(APPEND auto_load_dir "\${CMAKE_INSTALL_PREFIX}" ${CMAKE_INSTALL_LIBDIR})
 install(FILES tools/gdb/velor_printers.py
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${auto_load_dir}
     RENAME $<TARGET_FILE_NAME:Velor2.Base>-gdb.py COMPONENT Development)

@@ -1,3 +1,4 @@
+#include <Velor.Base/VelorBaseVersion.h>
 #include <Velor.Base/VelorVersion.h>
 
 #include <gtest/gtest.h>
@@ -52,6 +53,7 @@ TEST(VelorVersion, WritesDottedAndCodeForms)
     const VelorVersion null(u"0.5.1"_s);
     EXPECT_TRUE(null.isNull() && null.toString().isEmpty() && null.toCodeString(2).isEmpty());
     EXPECT_EQ(VelorVersion::current().toCodeString(2), u"060000"_s);
+    EXPECT_EQ(VELOR_BASE_VERSION, 0x060000);
 }
 
 TEST(VelorVersion, ComparesPartByPartAsSignedNumbers)

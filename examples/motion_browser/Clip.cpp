@@ -1,5 +1,7 @@
 #include "Clip.h"
 
+#include <Velor.Base/VelorLog.h>
+
 QString clipCount(qsizetype count)
 {
     return count == 1 ? QStringLiteral("1 clip") : QStringLiteral("%1 clips").arg(count);
@@ -10,6 +12,8 @@ QString shownText(const QString& text)
     constexpr qsizetype Longest = 500;
     return text.size() <= Longest ? text : text.first(Longest) + QStringLiteral("...");
 }
+
+void logInfo(const QString& text) { VelorLogManager::getSingleton().logMessage(text.toStdString()); }
 
 VelorDropData toPayload(const QList<Clip>& clips)
 {

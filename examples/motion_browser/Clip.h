@@ -19,6 +19,9 @@ QString clipCount(qsizetype count);
 /// `text`, which may come from another process, as long as a widget can show it at once.
 QString shownText(const QString& text);
 
+/// Logs what the user should see.
+void logInfo(const QString& text);
+
 /// The clips as they travel: each item's name is the clip's, its data the text of the tags in UTF-8.
 VelorDropData toPayload(const QList<Clip>& clips);
 

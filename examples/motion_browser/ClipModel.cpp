@@ -24,8 +24,6 @@ QString shortList(const QList<Clip>& clips)
     return names.join(QStringLiteral(", "));
 }
 
-void logInfo(const QString& text) { VelorLogManager::getSingleton().logMessage(text.toStdString()); }
-
 } // namespace
 
 ClipModel::ClipModel(Kind kind, QObject* parent)

@@ -17,8 +17,6 @@ namespace {
 /// The pointer holds the image by its first card.
 constexpr QPoint HotSpot(VelorDropData::DragPixmapSize / 2, VelorDropData::DragPixmapSize / 2);
 
-void logInfo(const QString& text) { VelorLogManager::getSingleton().logMessage(text.toStdString()); }
-
 QString endOfDrag(Qt::DropAction action)
 {
     switch (action) {

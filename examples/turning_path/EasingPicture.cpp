@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr QSize Size(860, 600);
+constexpr QSize EasingSize(860, 600);
 constexpr QRectF Plot(84, 120, 420, 420);
 constexpr double LegendLeft = 556;
 constexpr double LegendRow = 30;
@@ -72,5 +72,5 @@ void drawCurves(QPainter& painter, const Theme& theme)
 Picture easingPicture()
 {
     return {QStringLiteral("Easing curves"),
-            QStringLiteral("all run from 0 to 1 and pass through the middle"), Size, drawCurves};
+            QStringLiteral("all run from 0 to 1 and pass through the middle"), EasingSize, drawCurves};
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr QSize Size(960, 640);
+constexpr QSize PathSize(960, 640);
 constexpr double AxisRoom = 56;
 constexpr double LegendHeight = 26;
 constexpr double CurveWidth = 2.6;
@@ -198,11 +198,11 @@ Picture pathPicture(const PathOptions& options)
             .arg(numberText(double(options.heading)), numberText(double(options.bulge)),
                  numberText(double(options.handle)), numberText(double(options.runIn)),
                  numberText(options.segments), options.segments == 1 ? QString() : QStringLiteral("s"));
-    return {QStringLiteral("Turning path"), description, Size,
+    return {QStringLiteral("Turning path"), description, PathSize,
             [options](QPainter& painter, const Theme& theme) {
                 const double top = Picture::Margin + Picture::TitleHeight;
                 const QRectF plot(QPointF(Picture::Margin + AxisRoom, top + LegendHeight),
-                                  QPointF(Size.width() - 52, Size.height() - 52));
+                                  QPointF(PathSize.width() - 52, PathSize.height() - 52));
                 const TurningPath path(options, options.heading);
                 const QTransform frame = fit(plot.adjusted(48, 36, -48, -36), path.allPoints());
                 drawLegend(painter, theme, QPointF(Picture::Margin, top - 6));

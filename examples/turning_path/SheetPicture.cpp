@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr QSize Size(960, 664);
+constexpr QSize SheetSize(960, 664);
 constexpr int Columns = 4;
 constexpr int Rows = 3;
 constexpr int DegreesApart = 360 / (Columns * Rows);
@@ -14,8 +14,8 @@ constexpr double CaptionHeight = 30;
 QRectF cellPlace(int index)
 {
     const double top = Picture::Margin + Picture::TitleHeight;
-    const double width = (Size.width() - 2 * Picture::Margin - Gap * (Columns - 1)) / Columns;
-    const double height = (Size.height() - top - Picture::Margin - Gap * (Rows - 1)) / Rows;
+    const double width = (SheetSize.width() - 2 * Picture::Margin - Gap * (Columns - 1)) / Columns;
+    const double height = (SheetSize.height() - top - Picture::Margin - Gap * (Rows - 1)) / Rows;
     const int row = index / Columns;
     const int column = index % Columns;
     return {Picture::Margin + column * (width + Gap), top + row * (height + Gap), width, height};
@@ -54,7 +54,7 @@ void drawCell(QPainter& painter, const Theme& theme, const QRectF& cell, int hea
     painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, bowText(bow));
 }
 
-void drawPath(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
+void drawSmallPath(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
 {
     const QPolygonF curve = frame.map(path.smooth);
     const QColor color = bowColor(theme, path.bow());
@@ -94,8 +94,9 @@ Picture sheetPicture(const PathOptions& options)
         for (int i = 0; i < Columns * Rows; ++i) {
             const QRectF cell = cellPlace(i);
             drawCell(painter, theme, cell, i * DegreesApart, paths[i].bow());
-            drawPath(painter, theme, fit(cell.adjusted(18, CaptionHeight + 12, -18, -16), all), paths[i]);
+            drawSmallPath(painter, theme, fit(cell.adjusted(18, CaptionHeight + 12, -18, -16), all),
+                          paths[i]);
         }
     };
-    return {QStringLiteral("Turning curves by heading"), description, Size, draw};
+    return {QStringLiteral("Turning curves by heading"), description, SheetSize, draw};
 }

@@ -10,7 +10,7 @@ namespace {
 
 /// Large enough that a system call costs little beside the bytes that it moves, and small enough to stay in
 /// the processor's cache.
-constexpr std::size_t BufferSize = std::size_t(64) * 1024;
+constexpr std::size_t FileBufferSize = std::size_t(64) * 1024;
 
 // What a stream is opened with; creating empties a file. Not literals, whose type differs between
 // systems.
@@ -81,14 +81,14 @@ struct KelbFile::Record
     bool closeFailed = false;
     Operation last = Operation::Move;
     /// Given to the stream: some C libraries ignore a size that comes without memory.
-    std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(BufferSize);
+    std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(FileBufferSize);
 
     void open(const WCHAR* streamMode)
     {
         stream = _wfopen(path.c_str(), streamMode);
         last = Operation::Move;
         if (stream != nullptr) {
-            std::setvbuf(stream, buffer.get(), _IOFBF, BufferSize);
+            std::setvbuf(stream, buffer.get(), _IOFBF, FileBufferSize);
         }
     }
 

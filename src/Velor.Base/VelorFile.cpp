@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr qsizetype BlockSize = 1 << 18;
+constexpr qsizetype CopyBlockSize = 1 << 18;
 
 bool isNameTaken(const QString& path)
 {
@@ -45,7 +45,7 @@ WideString systemName(const QString& path)
 
 bool copyContent(QFile& from, QSaveFile& to)
 {
-    QByteArray block(BlockSize, Qt::Uninitialized);
+    QByteArray block(CopyBlockSize, Qt::Uninitialized);
     qint64 bytes = 0;
     while ((bytes = from.read(block.data(), block.size())) > 0) {
         if (to.write(block.constData(), bytes) != bytes) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int XmlIndent = 4;
+constexpr int DocumentIndent = 4;
 constexpr int MaxFilenames = 9999;
 
 /// How much is asked for at once. A source that announces more than it has costs this much memory, and not
@@ -90,7 +90,7 @@ bool VelorIODevice::write(const QDomDocument& document)
 {
     QString text;
     QTextStream stream(&text, QIODevice::ReadWrite);
-    document.save(stream, XmlIndent, QDomNode::EncodingFromDocument);
+    document.save(stream, DocumentIndent, QDomNode::EncodingFromDocument);
     return writeBytes(*mSource, text.toUtf8());
 }
 

@@ -1,5 +1,7 @@
 #include "VelorVersion.h"
 
+#include "VelorBaseVersion.h"
+
 #include <QtCore/QDebug>
 #include <QtCore/QStringList>
 
@@ -48,7 +50,14 @@ QString VelorVersion::toCodeString(int parts) const
     }
 }
 
-VelorVersion VelorVersion::current() { return VelorVersion(QStringLiteral(VELOR_BASE_VERSION)); }
+VelorVersion VelorVersion::current()
+{
+    VelorVersion version;
+    version.mMajor = VELOR_BASE_VERSION_MAJOR;
+    version.mMid = VELOR_BASE_VERSION_MINOR;
+    version.mMinor = VELOR_BASE_VERSION_PATCH;
+    return version;
+}
 
 QDebug operator<<(QDebug debug, const VelorVersion& version)
 {
