@@ -11,7 +11,7 @@ using namespace win32;
 
 namespace {
 
-constexpr WCHAR EscapeBase = 0xDC00;
+constexpr char32_t EscapeBase = 0xDC00;
 
 /// How many bytes the valid UTF-8 sequence at `text` has, and its code point; 0 for an invalid one.
 int decodeSequence(const unsigned char* text, int available, char32_t& codePoint)
