@@ -1,6 +1,7 @@
 #include "VelorDebugTrace.h"
 
 #include "Win32.h"
+#include "XmlForm.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -12,8 +13,6 @@
 #include <utility>
 
 namespace {
-
-constexpr int XmlIndent = 4;
 
 /// What a saving takes of the stack whatever its depth: the text stream, the file, the system's calls.
 constexpr std::size_t StackReserve = std::size_t(24) * 1024;
@@ -54,7 +53,7 @@ void setUnlessEmpty(QDomElement& element, const QString& attribute, const QStrin
 void writeDocument(const QDomDocument& document, QIODevice& output)
 {
     QTextStream stream(&output);
-    document.save(stream, XmlIndent, QDomNode::EncodingFromDocument);
+    saveIndented(document, stream);
 }
 
 /// Takes what is written to it and keeps how little of the stack was left meanwhile.

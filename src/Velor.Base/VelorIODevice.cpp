@@ -1,10 +1,10 @@
 #include "VelorIODevice.h"
 
+#include "XmlForm.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QTextStream>
-#include <QtXml/QDomDocument>
 
 #include <algorithm>
 #include <limits>
@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int DocumentIndent = 4;
 constexpr int MaxFilenames = 9999;
 
 /// How much is asked for at once. A source that announces more than it has costs this much memory, and not
@@ -90,7 +89,7 @@ bool VelorIODevice::write(const QDomDocument& document)
 {
     QString text;
     QTextStream stream(&text, QIODevice::ReadWrite);
-    document.save(stream, DocumentIndent, QDomNode::EncodingFromDocument);
+    saveIndented(document, stream);
     return writeBytes(*mSource, text.toUtf8());
 }
 
