@@ -101,6 +101,7 @@ TEST(KelbDataStream, FlagsAreInformationAndCopiesShareTheSource)
     KelbDataStream stream(&source, Access | 4);
     KelbDataStream copy(stream);
     EXPECT_TRUE(copy.canRead() && !copy.canWrite());
+    EXPECT_FALSE(KelbDataStream(&source, KelbDataStream::AccessWrite).canRead());
     EXPECT_EQ(copy.write("xy", 2), 2u);
     stream.close();
     EXPECT_EQ(stream.readLine(false), "c");

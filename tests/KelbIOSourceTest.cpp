@@ -174,11 +174,13 @@ TEST(KelbFile, ReadsAndWritesAlternateWithoutASeek)
         EXPECT_EQ(readBytes(file, 9), "789");
         file.write("end", 3);
         EXPECT_EQ(readBytes(file, 1), "");
+        EXPECT_EQ(file.write("!", 1), 1u);
+        EXPECT_TRUE(file.eof()) << "a write at the end leaves it met";
         file.skip(-99);
         file.seek(std::uint64_t(1) << 63);
-        EXPECT_EQ(file.tell(), 13u) << "a move that cannot be leaves the position";
+        EXPECT_EQ(file.tell(), 14u) << "a move that cannot be leaves the position";
     }
-    EXPECT_EQ(fileBytes(path), "01ab45c789end") << "the destructor closes the file";
+    EXPECT_EQ(fileBytes(path), "01ab45c789end!") << "the destructor closes the file";
 }
 
 TEST(KelbFile, ResizeKeepsWhatItDoesNotCut)
@@ -203,6 +205,19 @@ TEST(KelbFile, ResizeKeepsWhatItDoesNotCut)
     EXPECT_EQ(resized(KelbFile::ModeRead, 3), "012") << "read mode cannot resize";
     EXPECT_EQ(resized(KelbFile::ModeReadWrite, ~std::uint64_t(0)), "0123") << "no file can have this length";
     EXPECT_EQ(resized(KelbFile::ModeReadWrite, std::uint64_t(1) << 62), "0123") << "too large for the disk";
+}
+
+TEST(KelbFile, ResizeKeepsWhatIsStillBufferedAndTheModeThatWrites)
+{
+    const TestFolder folder;
+    const std::string path = folder.narrowPath("f");
+    {
+        KelbFile file(path.c_str(), KelbFile::ModeWrite);
+        file.write("01234", 5);
+        file.resize(4);
+        EXPECT_EQ(file.write("\n", 1), 1u);
+    }
+    EXPECT_EQ(fileBytes(path), "\n123");
 }
 
 TEST(KelbFile, ResizeCreatesAVanishedFileInTheModeThatKeepsOrCreates)

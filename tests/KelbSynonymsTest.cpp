@@ -39,6 +39,7 @@ TEST(KelbSynonyms, LoadsAWholeFileOrNothing)
          latin},
         {"not in text mode", root + "<KelbSynonym values='\xC4\x8D,\r B'/>" + end, true, added},
         {"wide characters torn", wideBytes.toStdString(), true, added},
+        {"wide characters without a byte order mark", wideBytes.mid(2).toStdString(), true, added},
         {"other elements read", root + "t<x>" + group + "</x>" + group + "<kelbsynonym values='x'/>" + end,
          true, added},
         {"group without words kept", root + "<KelbSynonym/><KelbSynonym values=''/>" + end, true, none},

@@ -62,7 +62,8 @@ TEST(PathForms, AFileOpensByEveryNameThatFopenOpens)
          {"/" + folder.narrowPath("two"), "//" + folder.narrowPath("three"),
           "/./" + folder.narrowPath("point"), "a:b"s, "c:/x"s, "c:/sub/../y"s, "back\\slash"s, "\\x"s, "?"s,
           std::string(255, 'n'), deep, "\xC3\xA4\xE4\xB8\xAD\xF0\x9F\x98\x80"s,
-          "not UTF-8 \xFF\xC3 \xED\xA0\x80 \xC0\xAF"s, "C:\xFF"s}) {
+          "not UTF-8 \xFF\xC3 \xED\xA0\x80 \xC0\xAF"s, "C:\xFF"s,
+          "\xDF\xBF \xE0\xA0\x80 \xEF\xBF\xBF \xF0\x90\x80\x80"s}) {
         SCOPED_TRACE(name);
         KelbFile written(name.c_str(), KelbFile::ModeWrite);
         written.write(name.data(), name.size());

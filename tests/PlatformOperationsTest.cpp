@@ -136,43 +136,9 @@ TEST(PlatformWindows, DarkTitleBarTellsWhyNot)
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }), "");
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, false); }),
               "Windows version is less than 11. Dark mode title bar not applied.\n");
-}
-
-TEST(PlatformWindows, ADeadOneHasNoMonitorAndRefusesTheDarkTitleBar)
-{
-    const HWND dead = newWindow();
-    table.destroyWindow(dead);
-    int x = -1;
-    EXPECT_FALSE(table.getMonitorBounds(dead, &x, &x, &x, &x));
-    EXPECT_EQ(x, -1);
-    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(dead, true); }), "Failed to set dark mode title bar.\n");
-}
-
-TEST(PlatformWindows, MessageBoxKeepsTextAndCaptionApart)
-{
-    constexpr int TextId = 0xFFFF;
-    std::string text;
-    const auto answer = [&](int code, WPARAM window) {
-        if (code == HCBT_ACTIVATE && text.empty()) {
-            text = itemText(reinterpret_cast<HWND>(window), TextId);
-        }
-        return pressOk(code, window);
-    };
-    duringHook(answer, [] { EXPECT_EQ(table.showMessageBox(nullptr, "caption", "text"), IDOK); });
-    EXPECT_EQ(text, "text");
-}
-
-TEST(PlatformWindows, ADestroyedOneIsNoLongerInFrontAndHasNoFocus)
-{
-    const HWND window = newWindow();
-    const HWND other = newWindow();
-    EXPECT_NE(table.setForegroundWindow(window), 0);
-    SetFocus(window);
-    EXPECT_NE(table.destroyWindow(other), 0);
-    EXPECT_EQ(table.getForegroundWindow(), window);
-    EXPECT_NE(table.destroyWindow(window), 0);
-    EXPECT_NE(table.getForegroundWindow(), window);
-    EXPECT_NE(SetFocus(newWindow()), window);
+    table.destroyWindow(window);
+    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }),
+              "Failed to set dark mode title bar.\n");
 }
 
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
@@ -302,17 +268,6 @@ TEST_F(PlatformErrorDialog, LoopServesAllWindowsUntilOneOfThemCloses)
     EXPECT_EQ(acceptedDialog, nullptr);
 }
 
-TEST_F(PlatformErrorDialog, ClientBoundsAreTheParents)
-{
-    open();
-    const auto client = [&](int id) { return boundsOf(table.getClientBounds, GetDlgItem(dialog, id)); };
-    const auto whole = [&](int id) { return boundsOf(table.getWindowBounds, GetDlgItem(dialog, id)); };
-    EXPECT_GT(client(201)[0], 0);
-    EXPECT_EQ(client(204)[0] - client(201)[0], whole(204)[0] - whole(201)[0]);
-    EXPECT_EQ(client(204)[1] - client(201)[1], whole(204)[1] - whole(201)[1]);
-    EXPECT_EQ(client(204)[3], client(201)[3]);
-}
-
 TEST_F(PlatformErrorDialog, WhatCannotBeMadeIsReportedWithTheSystemsReason)
 {
     open();
@@ -352,16 +307,6 @@ TEST(PlatformProcess, CrashFileIsTakenUnlessItsPathIsEmpty)
     EXPECT_TRUE(table.registerCrashFile("no such folder/a.log")) << "the system's refusal counted";
 }
 
-TEST(PlatformProcess, MakeDirectoryTellsFailure)
-{
-    const TestFolder folder;
-    const std::string made = folder.narrowPath("made");
-    EXPECT_FALSE(table.makeDirectory(made.c_str()));
-    EXPECT_TRUE(fs::is_directory(made));
-    EXPECT_TRUE(table.makeDirectory(made.c_str())) << "existing";
-    EXPECT_TRUE(table.makeDirectory((made + "/no/parent").c_str()));
-}
-
 TEST(PlatformProcess, ExecutableIsThisProgramAndRuns)
 {
     const fs::path executable = table.getExecutablePath();
@@ -373,14 +318,6 @@ TEST(PlatformProcess, ExecutableIsThisProgramAndRuns)
     EXPECT_FALSE(table.isProcessRunning(name.substr(0, 15).c_str())) << "cut name";
     name[0] = 'p';
     EXPECT_FALSE(table.isProcessRunning(name.c_str())) << "case ignored";
-}
-
-TEST(PlatformProcess, TempDirectoryIsTheVariableOrAFixedPlace)
-{
-    _putenv("TEMP=some where");
-    EXPECT_EQ(table.getTempDirectory(), "some where");
-    _putenv("TEMP=");
-    EXPECT_EQ(table.getTempDirectory(), "C:\\Temp");
 }
 
 TEST(PlatformProcess, RunCommandWaitsAndWhatDoesNotExistIsTold)

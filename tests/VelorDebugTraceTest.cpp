@@ -98,6 +98,15 @@ TEST(VelorDebugTraceNode, NeitherAPlainCopyNorADisabledNodeBecomesAParent)
     EXPECT_EQ(copy.getChild(u"child"_s), child);
 }
 
+TEST(VelorDebugTraceNode, ANodeIsFoundBelowTheParentThatItIsGiven)
+{
+    const Node root = Node::create(u"root"_s, QString());
+    const Node child = Node::create(u"child"_s, QString());
+    child->setParent(root);
+    EXPECT_EQ(root->getChild(u"child"_s), child);
+    root->clear();
+}
+
 TEST(VelorDebugTraceNode, WritesTheTreeInTheOrderOfNames)
 {
     const Node root = Node::create(u"root"_s, QString());

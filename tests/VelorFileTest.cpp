@@ -75,6 +75,20 @@ TEST(VelorFile, ReplacesOrKeepsWhatWasThere)
     }
 }
 
+TEST(VelorFile, OneFileUnderTwoNamesStaysAsItIs)
+{
+    const TestFolder folder;
+    writeFile(folder.narrowPath("t"), "t");
+    std::error_code error;
+    std::filesystem::create_directory_symlink(filePath(folder.narrowPath("")),
+                                              filePath(folder.narrowPath("alias")), error);
+    if (error) {
+        GTEST_SKIP() << "no right to make links here";
+    }
+    EXPECT_FALSE(replaceFile(folder.narrowPath("t"), folder.narrowPath("alias/t"), folder.narrowPath("b")));
+    EXPECT_EQ(fileBytes(folder.narrowPath("t")), "t");
+}
+
 // Where a second disk is known to be, and a process can limit the size of its files.
 #if __has_include(<sys/resource.h>)
 
