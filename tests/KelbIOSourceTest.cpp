@@ -1,44 +1,6 @@
-#include "TestHelpers.h"
-
-#include <Velor.Base/KelbDeviceSource.h>
-
-#include <QtCore/QBuffer>
-#include <QtCore/QFile>
-
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "SourceContract.h"
 
 namespace {
-
-/// What every source promises. `source` is empty and can be read and written.
-void expectSourceContract(KelbIOSource& source)
-{
-    EXPECT_EQ(readBytes(source, 1), "");
-    EXPECT_TRUE(source.eof());
-    source.rewind();
-    EXPECT_EQ(source.write("0123456789", 10), 10u);
-    source.skip(-8);
-    EXPECT_EQ(source.size(), 10u);
-    EXPECT_EQ(source.tell(), 2u) << "size moved the position";
-    EXPECT_EQ(readBytes(source, 3), "234");
-    source.skip(2);
-    EXPECT_EQ(readBytes(source, 3), "789");
-    EXPECT_FALSE(source.eof()) << "the end is met by a short read, not by the position";
-    EXPECT_EQ(readBytes(source, 1), "");
-    EXPECT_TRUE(source.eof());
-    source.seek(4);
-    EXPECT_FALSE(source.eof());
-    EXPECT_EQ(source.write("xy", 2), 2u);
-    source.rewind();
-    EXPECT_EQ(readBytes(source, 99), "0123xy6789");
-    source.seekToEnd();
-    source.skip(2);
-    EXPECT_EQ(source.write("z", 1), 1u);
-    source.seek(9);
-    EXPECT_EQ(readBytes(source, 9), std::string("9\0\0z", 4)) << "the gap behind the end";
-    EXPECT_FALSE(source.hasError());
-}
 
 TEST(KelbIOSource, EverySourceKeepsTheContract)
 {
@@ -47,14 +9,6 @@ TEST(KelbIOSource, EverySourceKeepsTheContract)
     expectSourceContract(memory);
     KelbFile file(folder.narrowPath("f").c_str(), KelbFile::ModeReadWrite);
     expectSourceContract(file);
-    QFile qtFile(folder.path(QStringLiteral("q")));
-    ASSERT_TRUE(qtFile.open(QIODevice::ReadWrite));
-    KelbDeviceSource qtFileSource(&qtFile);
-    expectSourceContract(qtFileSource);
-    QBuffer buffer;
-    ASSERT_TRUE(buffer.open(QIODevice::ReadWrite));
-    KelbDeviceSource bufferSource(&buffer);
-    expectSourceContract(bufferSource);
     MemorySource below;
     KelbIODevice device(&below);
     KelbIODevice deviceOverDevice(&device);
@@ -62,55 +16,6 @@ TEST(KelbIOSource, EverySourceKeepsTheContract)
 
     KelbIODevice(&file).resize(1);
     EXPECT_EQ(file.size(), 13u) << "a device resized its source";
-}
-
-/// A device whose reads, writes and moves fail, such as a disk that is gone.
-class BrokenDevice : public QIODevice
-{
-public:
-    bool isSequential() const override { return sequential; }
-    bool seek(qint64) override { return false; }
-    qint64 readData(char*, qint64) override { return -1; }
-    qint64 writeData(const char*, qint64) override { return -1; }
-
-    bool sequential = false;
-};
-
-TEST(KelbDeviceSource, SaysWhatItsDeviceCannotDo)
-{
-    BrokenDevice device;
-    device.open(QIODevice::ReadWrite | QIODevice::Unbuffered);
-    KelbDeviceSource reading(&device);
-    EXPECT_EQ(readBytes(reading, 3), "");
-    EXPECT_TRUE(reading.hasError());
-    EXPECT_FALSE(reading.eof()) << "a failure is not the end";
-    KelbDeviceSource writing(&device);
-    EXPECT_EQ(writing.write("abc", 3), 0u);
-    EXPECT_TRUE(writing.hasError());
-    KelbDeviceSource moving(&device);
-    EXPECT_FALSE(moving.hasError());
-    moving.seek(1);
-    EXPECT_TRUE(moving.hasError());
-    device.sequential = true;
-    EXPECT_TRUE(KelbDeviceSource(&device).hasError()) << "a device that cannot seek";
-}
-
-TEST(KelbDeviceSource, KeepsThePositionWhereAMoveCannotBe)
-{
-    QBuffer buffer;
-    buffer.setData("0123");
-    buffer.open(QIODevice::ReadOnly);
-    KelbDeviceSource source(&buffer);
-    source.seek(3);
-    source.skip(-4);
-    source.skip(std::numeric_limits<std::int64_t>::min());
-    source.skip(std::numeric_limits<std::int64_t>::max());
-    source.seek(std::uint64_t(1) << 63);
-    EXPECT_EQ(source.tell(), 3u);
-    EXPECT_FALSE(source.hasError());
-    char byte = 0;
-    EXPECT_EQ(source.read(&byte, 1), 1u);
-    EXPECT_EQ(byte, '3');
 }
 
 struct ModeRow
