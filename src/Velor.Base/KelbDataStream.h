@@ -40,7 +40,10 @@ public:
     /// Reads up to `count` bytes and returns how many came: never more than `count`, 0 at the end.
     virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
     /// Writes `count` bytes and returns how many were written; a stream that cannot write gives 0.
-    virtual std::uint64_t write(const void*, std::uint64_t) { return 0; }
+    virtual std::uint64_t write([[maybe_unused]] const void* buffer, [[maybe_unused]] std::uint64_t count)
+    {
+        return 0;
+    }
 
     /// Reads up to the first byte that is in `delimiters` and returns the length of the text before it. The
     /// delimiter is consumed and not stored. The text ends likewise at a byte 0, and after `maxCount` bytes,

@@ -41,7 +41,7 @@ public:
     /// Whether the end has been reached.
     virtual bool eof() = 0;
     /// Sets the length, where the source can do so; by default nothing happens.
-    virtual void resize(std::uint64_t) {}
+    virtual void resize([[maybe_unused]] std::uint64_t size) {}
     /// Whether an operation has failed for another reason than the end.
     virtual bool hasError() = 0;
 };

@@ -5,17 +5,11 @@
 /// differently. Everything is hidden unless it says otherwise.
 
 // All other headers include this one first. Qt's moc does not say which language it reads.
-#if defined(_MSVC_LANG)
-#define VELOR_BASE_LANGUAGE _MSVC_LANG
-#else
-#define VELOR_BASE_LANGUAGE __cplusplus
-#endif
-#if VELOR_BASE_LANGUAGE < 202002L && !defined(Q_MOC_RUN)
+#if (defined(_MSVC_LANG) ? _MSVC_LANG : __cplusplus) < 202002L && !defined(Q_MOC_RUN)
 #error "Velor2.Base needs C++20 or later: compile with -std=c++20, or CMAKE_CXX_STANDARD 20 in CMake"
 // Compilers go on behind an #error, and end where a file is missing: no other message hides the one above.
 #include "compile with -std=c++20"
 #endif
-#undef VELOR_BASE_LANGUAGE
 
 // Qt has such macros, too, but the header that defines them would be half the cost of a header without Qt
 // types. Only ELF knows a class whose table is visible while its functions are not.
