@@ -5,7 +5,9 @@
 #include <QtCore/QTextStream>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 // The build compiles this file with the contraction of a * b + c switched off. The functions of
 // VelorVectors.h that are used here are inline, and so compiled here under the same rule.
@@ -75,14 +77,26 @@ float clampToUnit(float x)
 /// for bit. The fourth lane is idle.
 using Lanes [[gnu::vector_size(16)]] = float;
 
-Lanes toLanes(const TVec3d<float>& v) { return Lanes{v.x, v.y, v.z, 0}; }
+/// Joins two halves of 64 bits, as which a point arrives in registers: g++ takes four floats through memory.
+Lanes toLanes(const TVec3d<float>& v)
+{
+    using Half [[gnu::vector_size(8)]] = float;
+    using Halves [[gnu::vector_size(16)]] = std::int64_t;
+    return std::bit_cast<Lanes>(
+        Halves{std::bit_cast<std::int64_t>(Half{v.x, v.y}), std::bit_cast<std::int64_t>(Half{v.z, 0})});
+}
+
 TVec3d<float> fromLanes(const Lanes& lanes) { return {lanes[0], lanes[1], lanes[2]}; }
+
+/// A factor of each component; g++ loads such a constant in one step only if its lanes are not all equal.
+constexpr Lanes factor(float x) { return Lanes{x, x, x, 0}; }
 #else
 /// The same one component at a time, which takes g++ four times as long.
 using Lanes = TVec3d<float>;
 
 const Lanes& toLanes(const TVec3d<float>& v) { return v; }
 const TVec3d<float>& fromLanes(const Lanes& lanes) { return lanes; }
+constexpr float factor(float x) { return x; }
 #endif
 
 /// A cubic polynomial with the coefficients of 1, t, t^2 and t^3.
@@ -94,16 +108,30 @@ struct Cubic
     Lanes c3;
 };
 
+/// The products of the basis matrix and the points:
+///
+///      0     1     0     0
+///     -0.5   0     0.5   0
+///      1    -2.5   2    -0.5
+///     -0.5   1.5  -1.5   0.5
+///
+/// The products with 0 stay: they carry an infinity or NaN of any point into every coefficient. Each product
+/// that two rows share is formed once, and each row is added from left to right.
 Cubic catmullRom(const TVec3d<float>& p0, const TVec3d<float>& p1, const TVec3d<float>& p2,
                  const TVec3d<float>& p3)
 {
-    // The terms with 0 stay: they carry an infinity or NaN of any point into every coefficient.
-    const auto coefficient = [q0 = toLanes(p0), q1 = toLanes(p1), q2 = toLanes(p2),
-                              q3 = toLanes(p3)](float w0, float w1, float w2, float w3) {
-        return w0 * q0 + w1 * q1 + w2 * q2 + w3 * q3;
-    };
-    return {coefficient(0, 1, 0, 0), coefficient(-0.5F, 0, 0.5F, 0), coefficient(1, -2.5F, 2, -0.5F),
-            coefficient(-0.5F, 1.5F, -1.5F, 0.5F)};
+    constexpr auto Zero = factor(0);
+    constexpr auto Half = factor(0.5F);
+    const Lanes q0 = toLanes(p0);
+    const Lanes q1 = toLanes(p1);
+    const Lanes q2 = toLanes(p2);
+    const Lanes q3 = toLanes(p3);
+    const Lanes half0 = Half * q0;
+    const Lanes zero3 = Zero * q3;
+    const Lanes half3 = Half * q3;
+    return {Zero * q0 + q1 + Zero * q2 + zero3, Zero * q1 - half0 + Half * q2 + zero3,
+            q0 - factor(2.5F) * q1 + factor(2) * q2 - half3,
+            factor(1.5F) * q1 - half0 - factor(1.5F) * q2 + half3};
 }
 
 float angleOfCosine(float cosine)
