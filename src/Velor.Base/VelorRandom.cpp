@@ -61,6 +61,9 @@ struct VelorRandom::MersenneTwisterState
             state[k] = mix(state[k], state[k + 1]) ^ state[k - Wrap];
         }
         state[StateSize - 1] = mix(state[StateSize - 1], state[0]) ^ state[MiddleDistance - 1];
+        for (std::size_t k = 0; k < StateSize; ++k) {
+            numbers[k] = temper(state[k]);
+        }
     }
 
     std::uint32_t draw()
@@ -69,11 +72,13 @@ struct VelorRandom::MersenneTwisterState
             regenerate();
             index = 0;
         }
-        return temper(state[static_cast<std::size_t>(index++)]);
+        return numbers[static_cast<std::size_t>(index++)];
     }
 
     std::array<std::uint32_t, StateSize> state;
-    /// The next word to hand out.
+    /// `state`, tempered as a whole, since the compiler puts several words through the steps at once.
+    std::array<std::uint32_t, StateSize> numbers;
+    /// The next number to hand out.
     int index;
 };
 
