@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Works out the tables of VelorMathTest.cpp without any floating-point unit.
+"""Works out the expected values of VelorMathTest.cpp without any floating-point unit.
 
-Every step of a curve is an exact fraction, rounded to 24 or 53 bits where the formula rounds, so that the
-rows of the first table must come out bit for bit. The second table is plain mathematics in 60 digits.
-Needs python3-mpmath; prints the rows as C++.
+Every step of a curve is an exact fraction, rounded to 24 or 53 bits where the formula rounds, so that the curves must
+have these bits; their digests are printed. The scalars are plain mathematics in 60 digits. Needs python3-mpmath.
 """
+import struct
 from fractions import Fraction as F
 
 from mpmath import acos, cos, exp, mp, mpf, pi, sin, sqrt
@@ -29,10 +29,6 @@ def single(x):
 
 def double(x):
     return rounded(F(x), 53)
-
-
-def hexfloat(x):
-    return float(x).hex().replace("0000000p", "p") + "F"
 
 
 def weighted_sum(weights, points):
@@ -79,17 +75,42 @@ def catmull_rom_derivative(t, points):
     return weighted_sum(factors, [weighted_sum(row, points) for row in BASIS[1:]])
 
 
-POINTS = [[single(F(c)) for c in row] for row in
-          (("0.1", "1.3", "-4.9", "5.6"), ("-0.2", "2.7", "3.3", "-7.1"), ("0.3", "-1.1", "2.2", "0.9"))]
+class Numbers:
+    """Numbers of 24 bits in -2..2, the same as in VelorMathTest.cpp."""
 
-print("// t, then bezierCubic2D, bezierCubicTangent2D, z of bezierCubic3D, catmullRom3D, derivCatmullRom3D")
-for text in ("0", "1", "0.7", "1.7", "30000.7"):
-    t = single(F(text))
-    xs, ys, zs = POINTS
-    values = [weighted_sum(bezier_weights(t), xs), weighted_sum(bezier_weights(t), ys), *tangent(t, xs, ys),
-              weighted_sum(bezier_weights(t), zs), *(catmull_rom(t, axis) for axis in POINTS),
-              *(catmull_rom_derivative(t, axis) for axis in POINTS)]
-    print("{" + hexfloat(t) + ", {" + ", ".join(map(hexfloat, values)) + "}},")
+    def __init__(self):
+        self.state = 1
+
+    def number(self):
+        self.state = (self.state * 1664525 + 1013904223) % 2 ** 32
+        return F((self.state >> 8) - 2 ** 23, 2 ** 22)
+
+
+class Digest:
+    """FNV-1a over the bits of floats."""
+
+    def __init__(self):
+        self.digest = 14695981039346656037
+
+    def add(self, values):
+        for value in values:
+            bits, = struct.unpack("<I", struct.pack("<f", float(value)))
+            self.digest = (self.digest ^ bits) * 1099511628211 % 2 ** 64
+
+
+names = "bezierCubic2D", "bezierCubicTangent2D", "bezierCubic3D", "catmullRom3D", "derivCatmullRom3D"
+digests = [Digest() for name in names]
+numbers = Numbers()
+for _ in range(1000):
+    axes = list(zip(*([numbers.number() for axis in range(3)] for point in range(4))))
+    t = numbers.number()
+    point = [weighted_sum(bezier_weights(t), axis) for axis in axes]
+    curves = (point[:2], tangent(t, axes[0], axes[1]), point, [catmull_rom(t, axis) for axis in axes],
+              [catmull_rom_derivative(t, axis) for axis in axes])
+    for digest, values in zip(digests, curves):
+        digest.add(values)
+for name, digest in zip(names, digests):
+    print(f"// {name}: {digest.digest:#x}U")
 
 
 def number(x):

@@ -28,29 +28,42 @@ static_assert(cross(Vec3{2, 3, 4}, Vec3{5, 7, 9}) == Vec3{-1, 2, -1});
 static_assert(2 * -(quat{1, 2, 3, 4} + quat{10, 20, 30, 40} - quat{9, 7, 5, 2}) / 4 * 2 ==
               quat{-2, -15, -28, -42});
 
-TEST(VelorVectors, AssigningOperatorsWorkOnTheObjectItself)
+static_assert((Mat4() + Mat4())[0] == 2 && (Mat4() - Mat4())[5] == 0 && (Mat4() + Mat4())[1] == 0);
+static_assert((3 * Mat4())[10] == 3 && (-Mat4() * 6)[15] == -6 && (Mat4() / 4)[15] == 0.25F);
+
+/// Whether each assigning operator changes the object itself into what the operator of two operands gives,
+/// and returns it. A vector has those with a vector as well.
+template <typename V>
+constexpr bool assignsWhatItComputes(V v, const V& other)
 {
-    Vec3 v{2, 3, 4};
-    v += v;
-    v *= v;
-    v -= Vec3{1, 2, 3};
-    v /= Vec3{3, 2, 1};
-    v *= 3;
-    v /= 2;
-    EXPECT_EQ(v, (Vec3{7.5f, 25.5f, 91.5f}));
-    Mat4 m;
-    EXPECT_EQ(m[0] + m[5] + m[10] + m[15], 4);
-    m[1] = 3;
-    m += m;
-    m /= 4;
-    m -= Mat4() * 2;
-    m *= -2;
-    EXPECT_EQ(m[1], -3);
-    EXPECT_EQ((2 * -m)[15], -6);
-    EXPECT_NE(m, Mat4());
+    V expected = v + other;
+    bool holds = &(v += other) == &v && v == expected;
+    expected = v - other * 3;
+    holds = holds && &(v -= other * 3) == &v && v == expected;
+    expected = v * 6;
+    holds = holds && &(v *= 6) == &v && v == expected;
+    expected = v / 4;
+    holds = holds && &(v /= 4) == &v && v == expected;
+    if constexpr (requires { v *= other; }) {
+        expected = v * other;
+        holds = holds && &(v *= other) == &v && v == expected;
+        expected = v / v;
+        holds = holds && &(v /= v) == &v && v == expected;
+    }
+    return holds;
+}
+static_assert(assignsWhatItComputes(Vec2{2, 3}, Vec2{4, 5}));
+static_assert(assignsWhatItComputes(Vec3{2, 3, 4}, Vec3{5, 6, 7}));
+static_assert(assignsWhatItComputes(quat{2, 3, 4, 5}, quat{6, 7, 8, 9}));
+static_assert(assignsWhatItComputes(Mat4() * 8, Mat4()));
+
+TEST(VelorVectors, ComparisonIsExactAndLengthsAreThoseOfTheType)
+{
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_NE((Vec2{1, nan}), (Vec2{1, nan})) << "comparison is exact";
-    EXPECT_EQ(length(TVec3d<double>{2, 3, -6}) - length(Vec2{3, -4}), 2);
+    EXPECT_NE((Vec2{1, nan}), (Vec2{1, nan}));
+    EXPECT_EQ((Vec2{0.0F, 1}), (Vec2{-0.0F, 1}));
+    EXPECT_EQ(length(TVec3d<double>{2, 3, -6}), 7);
+    EXPECT_EQ(length(Vec2{3, -4}), 5);
 }
 
 TEST(VelorVectors, DebugOutputNamesTheComponents)
