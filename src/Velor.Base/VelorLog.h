@@ -207,9 +207,10 @@ public:
 
 private:
     bool reopenFile();
-    bool notifyListeners(const std::string& text, Level level, bool skipConsole, std::exception_ptr& failure);
-    void writeToConsole(const std::string& text, Level level) const;
-    void writeToFile(const std::string& text);
+    bool notifyListeners(const std::string& message, Level level, bool skipConsole,
+                         std::exception_ptr& failure);
+    void writeToConsole(const std::string& message, Level level) const;
+    void writeToFile(const std::string& message, Level level);
     const std::string& timeStamp(std::time_t now);
 
     // The flags are atomic because their getters take no lock.
