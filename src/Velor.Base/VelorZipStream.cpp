@@ -248,11 +248,7 @@ bool VelorZipStream::addFile(const QString& name, const QString& diskPath)
     if (!isGood()) {
         return false;
     }
-    BufferedFile<std::ifstream> input(diskPath, std::ios::in | std::ios::binary);
-    if (!input.is_open() || isArchive(diskPath)) {
-        return fail();
-    }
-    return addEntry(name, input);
+    return isArchive(diskPath) ? fail() : addOtherFile(name, diskPath);
 }
 
 bool VelorZipStream::addFile(const QString& name, const char* data, std::uint64_t size)
@@ -280,7 +276,7 @@ bool VelorZipStream::addFolder(const QString& folder, bool recursive, const QLis
     }
     const QList<QString> files = filesToAdd(root, recursive, excludes);
     for (qsizetype i = 0; i < files.size(); ++i) {
-        if (!addFile(root.relativeFilePath(files[i]), files[i])) {
+        if (!addOtherFile(root.relativeFilePath(files[i]), files[i])) {
             return false;
         }
         if (listener != nullptr) {
@@ -336,6 +332,13 @@ bool VelorZipStream::write(const QString& entry, const Call& call)
         throw;
     }
     return mOut->fail() ? fail() : true;
+}
+
+/// Adds a file that is not this archive.
+bool VelorZipStream::addOtherFile(const QString& name, const QString& diskPath)
+{
+    BufferedFile<std::ifstream> input(diskPath, std::ios::in | std::ios::binary);
+    return input.is_open() ? addEntry(name, input) : fail();
 }
 
 bool VelorZipStream::addEntry(const QString& name, std::istream& input)

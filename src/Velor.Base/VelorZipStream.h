@@ -132,6 +132,7 @@ private:
     bool fail();
     template <typename Call>
     bool write(const QString& entry, const Call& call);
+    bool addOtherFile(const QString& name, const QString& diskPath);
     bool addEntry(const QString& name, std::istream& input);
     bool addSubfolders(const QDir& root, bool recursive);
     QList<QString> filesToAdd(const QDir& root, bool recursive, const QList<QString>& excludes) const;
