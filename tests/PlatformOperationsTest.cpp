@@ -136,9 +136,16 @@ TEST(PlatformWindows, DarkTitleBarTellsWhyNot)
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }), "");
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, false); }),
               "Windows version is less than 11. Dark mode title bar not applied.\n");
-    table.destroyWindow(window);
-    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }),
-              "Failed to set dark mode title bar.\n");
+}
+
+TEST(PlatformWindows, ADeadOneHasNoMonitorAndRefusesTheDarkTitleBar)
+{
+    const HWND dead = newWindow();
+    table.destroyWindow(dead);
+    int x = -1;
+    EXPECT_FALSE(table.getMonitorBounds(dead, &x, &x, &x, &x));
+    EXPECT_EQ(x, -1);
+    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(dead, true); }), "Failed to set dark mode title bar.\n");
 }
 
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
