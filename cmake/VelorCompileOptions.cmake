@@ -5,12 +5,14 @@ if(MSVC)
     set(velor_usual_warnings /W4)
     set(velor_strict_warnings /W4 /utf-8)
     set(velor_separate_roundings /fp:precise)
+    set(velor_parse_only /Zs)
 else()
     set(velor_usual_warnings -Wall -Wextra)
     set(velor_strict_warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
     # A processor with fused multiply-add tempts the compiler to join a * b + c into one operation, which rounds once
     # where the formula rounds twice.
     set(velor_separate_roundings -ffp-contract=off)
+    set(velor_parse_only -fsyntax-only)
 endif()
 
 # The options for the newest processors of the kind that is built for; empty where none are known.
