@@ -220,6 +220,18 @@ TEST_F(VelorLogTest, AStreamTakesTheTextsOfQtAsUtf8AndOtherValuesInTheirDebugFor
                                      "1ffQList(\"a b\", \"c\")1\n");
 }
 
+TEST_F(VelorLogTest, AListenerThatChangesTheCallersStringChangesNoOutput)
+{
+    Recorder listener;
+    std::string status = "saved";
+    listener.reaction = [&](bool&) { status = "changed"; };
+    const auto sayStatus = [&](VelorLog& log) {
+        log.addListener(&listener);
+        log.logMessage(status, VelorLog::Error);
+    };
+    EXPECT_THAT(said(sayStatus), ElementsAre("\033[31;1m[ERROR] - saved\033[0m\n", "", "[ERROR] - saved\n"));
+}
+
 TEST_F(VelorLogTest, AListenerThatThrowsGetsAMessageOnceAndKeepsItFromNobody)
 {
     Recorder first;

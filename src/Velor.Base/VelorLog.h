@@ -12,6 +12,7 @@
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -207,10 +208,10 @@ public:
 
 private:
     bool reopenFile();
-    bool notifyListeners(const std::string& message, Level level, bool skipConsole,
-                         std::exception_ptr& failure);
-    void writeToConsole(const std::string& message, Level level) const;
-    void writeToFile(const std::string& message, Level level);
+    bool notifyListeners(const std::string& text, Level level, bool skipConsole, std::exception_ptr& failure);
+    void writeToOutputs(std::string_view prefix, std::string_view text, Level level, bool skipConsole);
+    void writeToConsole(std::string_view prefix, std::string_view text, Level level) const;
+    void writeToFile(std::string_view prefix, std::string_view text);
     const std::string& timeStamp(std::time_t now);
 
     // The flags are atomic because their getters take no lock.
