@@ -148,6 +148,33 @@ TEST(PlatformWindows, ADeadOneHasNoMonitorAndRefusesTheDarkTitleBar)
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(dead, true); }), "Failed to set dark mode title bar.\n");
 }
 
+TEST(PlatformWindows, MessageBoxKeepsTextAndCaptionApart)
+{
+    constexpr int TextId = 0xFFFF;
+    std::string text;
+    const auto answer = [&](int code, WPARAM window) {
+        if (code == HCBT_ACTIVATE && text.empty()) {
+            text = itemText(reinterpret_cast<HWND>(window), TextId);
+        }
+        return pressOk(code, window);
+    };
+    duringHook(answer, [] { EXPECT_EQ(table.showMessageBox(nullptr, "caption", "text"), IDOK); });
+    EXPECT_EQ(text, "text");
+}
+
+TEST(PlatformWindows, ADestroyedOneIsNoLongerInFrontAndHasNoFocus)
+{
+    const HWND window = newWindow();
+    const HWND other = newWindow();
+    EXPECT_NE(table.setForegroundWindow(window), 0);
+    SetFocus(window);
+    EXPECT_NE(table.destroyWindow(other), 0);
+    EXPECT_EQ(table.getForegroundWindow(), window);
+    EXPECT_NE(table.destroyWindow(window), 0);
+    EXPECT_NE(table.getForegroundWindow(), window);
+    EXPECT_NE(SetFocus(newWindow()), window);
+}
+
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
 {
     const HWND target = newWindow();
@@ -312,6 +339,24 @@ TEST(PlatformProcess, CrashFileIsTakenUnlessItsPathIsEmpty)
 {
     EXPECT_FALSE(table.registerCrashFile(""));
     EXPECT_TRUE(table.registerCrashFile("no such folder/a.log")) << "the system's refusal counted";
+}
+
+TEST(PlatformProcess, MakeDirectoryTellsFailure)
+{
+    const TestFolder folder;
+    const std::string made = folder.narrowPath("made");
+    EXPECT_FALSE(table.makeDirectory(made.c_str()));
+    EXPECT_TRUE(fs::is_directory(made));
+    EXPECT_TRUE(table.makeDirectory(made.c_str())) << "existing";
+    EXPECT_TRUE(table.makeDirectory((made + "/no/parent").c_str()));
+}
+
+TEST(PlatformProcess, TempDirectoryIsTheVariableOrAFixedPlace)
+{
+    _putenv("TEMP=some where");
+    EXPECT_EQ(table.getTempDirectory(), "some where");
+    _putenv("TEMP=");
+    EXPECT_EQ(table.getTempDirectory(), "C:\\Temp");
 }
 
 TEST(PlatformProcess, ExecutableIsThisProgramAndRuns)
