@@ -32,7 +32,7 @@ public:
     std::uint64_t read(void* buffer, std::uint64_t count) override
     {
         const qint64 bytesRead = mDevice->read(static_cast<char*>(buffer), deviceCount(count));
-        mIsAtEnd = bytesRead >= 0 && std::uint64_t(bytesRead) < count;
+        mIsAtEnd = count == 0 ? mIsAtEnd : bytesRead >= 0 && std::uint64_t(bytesRead) < count;
         return checkedCount(bytesRead);
     }
     std::uint64_t write(const void* buffer, std::uint64_t count) override
@@ -46,6 +46,7 @@ public:
     void rewind() override { moveTo(0); }
     void skip(std::int64_t offset) override
     {
+        mIsAtEnd = false;
         if (offset <= MaxPosition - mDevice->pos()) {
             moveTo(mDevice->pos() + offset);
         }
@@ -53,6 +54,7 @@ public:
     /// As `rewind`.
     void seek(std::uint64_t position) override
     {
+        mIsAtEnd = false;
         if (position <= std::uint64_t(MaxPosition)) {
             moveTo(qint64(position));
         }
