@@ -47,8 +47,8 @@ constexpr bool assignsWhatItComputes(V v, const V& other)
     if constexpr (requires { v *= other; }) {
         expected = v * other;
         holds = holds && &(v *= other) == &v && v == expected;
-        expected = v / v;
-        holds = holds && &(v /= v) == &v && v == expected;
+        expected = v / other;
+        holds = holds && &(v /= other) == &v && v == expected;
     }
     return holds;
 }
