@@ -6,8 +6,8 @@ Usage: benchmarks/costs.py LIBRARY      such as build/benchmark/src/Velor.Base/l
 Of a shared library: the bytes that it takes in memory, the relocations that the loader works out, the static
 constructors, and the processor time of a program that links it and does nothing. That of a program which links only
 what our library needs stands beside it, since Qt and Poco are there anyhow in a program of ours.
-Of a header: the processor time of `g++ -fsyntax-only` on a file that includes nothing else, by that of `<string>`, the
-least of several runs in turn; and the lines that are left after preprocessing."""
+Of a header and of a peer: the processor time of `g++ -fsyntax-only` on a file that includes nothing else, by that of
+`<string>`, the least of several runs in turn; and the lines that are left after preprocessing."""
 
 import pathlib
 import re
@@ -20,8 +20,10 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 LIBRARIES = "/usr/lib/x86_64-linux-gnu"
 NEEDED = ["-lQt6Gui", "-lQt6Xml", "-lQt6Core", "-lPocoZip", "-lPocoFoundation", "-lxxhash"]
 PEERS = ["spdlog", "PocoFoundation", "PocoZip", "Qt6Xml", "Qt6Core"]
-PEER_HEADERS = ["string", "random", "QString", "QDomDocument", "spdlog/spdlog.h", "spdlog/sinks/basic_file_sink.h",
-                "Poco/Logger.h", "Poco/Zip/Compress.h", "glm/glm.hpp", "xxhash.h"]
+PEER_HEADERS = {"Kelb(DataStream|DeviceSource|IOSource)|VelorIODevice": "QIODevice",
+                "Kelb(Synonyms|Tags)|Velor(DropData|Version|Wildcard)": "QString", "VelorDebugTrace": "QDomDocument",
+                "VelorFile": "fstream", "VelorLog": "spdlog/spdlog.h", "Velor(Math|Vectors)": "glm/glm.hpp",
+                "VelorRandom": "random", "VelorXxHash": "xxhash.h", "VelorZipStream": "Poco/Zip/Compress.h"}
 STARTS = 50
 RUNS = 5
 
@@ -71,22 +73,30 @@ def print_libraries(library, folder):
         print(f"| {name} | | | | | {starts[name] * 1e3:.1f} |")
 
 
+def peer_of(header):
+    return next((peer for names, peer in PEER_HEADERS.items() if re.fullmatch(f"({names}).h", header.name)), "string")
+
+
 def print_headers(folder):
     flags = ["-std=c++20", "-fPIC", f"-I{ROOT / 'src'}", *output("pkg-config", "--cflags", "Qt6Gui", "Qt6Xml").split()]
-    ours = output(ROOT / "tools/rooms.py").split()
-    headers = [str(pathlib.Path(name).relative_to("src")) for name in ours] + PEER_HEADERS
+    ours = [pathlib.Path(name).relative_to("src") for name in output(ROOT / "tools/rooms.py").split()]
+    peers = {header: peer_of(header) for header in ours}
     commands = {}
-    for header in headers:
-        source = f"{folder}/{len(commands)}.cpp"
-        pathlib.Path(source).write_text(f"#include <{header}>\n")
-        commands[header] = ["g++", *flags, "-fsyntax-only", source]
+    for header in [*ours, "string", *peers.values()]:
+        source = pathlib.Path(folder) / f"{len(commands)}.cpp"
+        source.write_text(f"#include <{header}>\n")
+        commands.setdefault(header, ["g++", *flags, "-fsyntax-only", source])
     times = least_in_turn(commands, RUNS)
 
-    print("| Header | Lines | Compile time by that of `<string>` |\n|---|---:|---:|")
-    for header, command in commands.items():
+    def figures(header):
+        command = commands[header]
         text = output(*command[:-2], "-E", command[-1])
         lines = sum(1 for line in text.splitlines() if line.strip() and not line.startswith("#"))
-        print(f"| `{header}` | {lines:,} | {times[header] / times['string']:.2f} |")
+        return f"{times[header] / times['string']:.2f} | {lines:,}"
+
+    print("| Header | Time | Lines | Peer | Time | Lines |\n|---|---:|---:|---|---:|---:|")
+    for header, peer in peers.items():
+        print(f"| `{header.name}` | {figures(header)} | `<{peer}>` | {figures(peer)} |", flush=True)
 
 
 with tempfile.TemporaryDirectory() as temporary:
