@@ -69,6 +69,11 @@ TEST(KelbDeviceSource, KeepsThePositionWhereAMoveCannotBe)
     char byte = 0;
     EXPECT_EQ(source.read(&byte, 1), 1u);
     EXPECT_EQ(byte, '3');
+    EXPECT_EQ(source.read(&byte, 1), 0u);
+    EXPECT_EQ(source.read(&byte, 0), 0u);
+    EXPECT_TRUE(source.eof()) << "a read of nothing meets no end and leaves none";
+    source.seek(std::uint64_t(1) << 63);
+    EXPECT_FALSE(source.eof()) << "every move clears it";
 }
 
 } // namespace

@@ -2,10 +2,12 @@
 """What the library consists of, for the other scripts: files by the lists in src/Velor.Base/CMakeLists.txt, classes by
 the headers.
 
-Usage: tools/rooms.py     prints the public headers, one a line"""
+Usage: tools/rooms.py              prints the public headers, one a line
+       tools/rooms.py --version    prints the version"""
 
 import pathlib
 import re
+import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDER = ROOT / "src/Velor.Base"
@@ -55,5 +57,10 @@ def public_classes():
     return classes_of(public_headers())
 
 
+def version():
+    text = (FOLDER / "VelorBaseVersion.h").read_text(encoding="utf-8")
+    return ".".join(re.findall(r"^#define VELOR_BASE_VERSION_[A-Z]+ (\d+)$", text, re.MULTILINE))
+
+
 if __name__ == "__main__":
-    print("\n".join(str(path.relative_to(ROOT)) for path in public_headers()))
+    print(version() if "--version" in sys.argv else "\n".join(str(path.relative_to(ROOT)) for path in public_headers()))
