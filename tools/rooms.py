@@ -26,15 +26,15 @@ def public_headers():
     return sorted(headers_with_sources() + [FOLDER / name for name in cmake_list("public_headers")])
 
 
-def room_of(path):
-    """Its name without suffix; of a file of the room Win32, which has several, "Win32"."""
-    return "Win32" if path.stem.startswith("Win32") else path.stem
-
-
 def all_rooms():
     headers = cmake_list("public_headers") + cmake_list("private_headers")
-    return ({room_of(pathlib.Path(name)) for name in headers} | set(cmake_list("public_rooms")) |
+    return ({pathlib.Path(name).stem for name in headers} | set(cmake_list("public_rooms")) |
             set(cmake_list("private_rooms")))
+
+
+def room_of(path):
+    """The room with the longest name that the file's name begins with: a room may have several sources."""
+    return max((room for room in all_rooms() if path.stem.startswith(room)), key=len, default=path.stem)
 
 
 def classes_of(headers):

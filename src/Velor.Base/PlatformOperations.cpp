@@ -18,128 +18,22 @@ namespace {
 constexpr DWORD DarkTitleBarAttribute = 20;
 constexpr std::size_t ExecutablePathBytes = 260;
 
-// The error dialog of the process. It has empty fields until the first window for it is made.
-std::array<DialogField, 4> errorDialogFields;
-int errorDialogAcceptId = -1;
-ErrorDialogCallback errorDialogCallback = nullptr;
-std::array<char, 16384> errorDialogText; ///< One control's text at a time.
-
 HWND focusWatchWindow = nullptr;
 HWND focusTargetWindow = nullptr;
 
-std::string lastErrorText()
-{
-    const DWORD error = GetLastError();
-    if (error == 0) {
-        return {};
-    }
-    constexpr DWORD Flags =
-        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM;
-    constexpr DWORD UserLanguage = 1024;
-    char* buffer = nullptr;
-    const DWORD length =
-        FormatMessageA(Flags, nullptr, error, UserLanguage, reinterpret_cast<char*>(&buffer), 0, nullptr);
-    std::string text(buffer, length);
-    LocalFree(buffer);
-    return text;
-}
-
-HWND createdOrReported(HWND window, const char* what)
-{
-    if (window == nullptr) {
-        std::fprintf(stderr, "[ERROR] Creating %s '%s'\n", what, lastErrorText().c_str());
-    }
-    return window;
-}
-
-void give(int* out, LONG value)
+void assignIfNotNull(int* out, LONG value)
 {
     if (out != nullptr) {
         *out = static_cast<int>(value);
     }
 }
 
-void giveBounds(const RECT& bounds, int* x, int* y, int* width, int* height)
+void assignBounds(const RECT& bounds, int* x, int* y, int* width, int* height)
 {
-    give(x, bounds.left);
-    give(y, bounds.top);
-    give(width, bounds.right - bounds.left);
-    give(height, bounds.bottom - bounds.top);
-}
-
-LRESULT CALLBACK errorWindowProc(HWND window, UINT message, WPARAM first, LPARAM second)
-{
-    switch (message) {
-    case WM_PAINT: {
-        PAINTSTRUCT paint;
-        BeginPaint(window, &paint);
-        EndPaint(window, &paint);
-        return 0;
-    }
-    case WM_CLOSE:
-        PostQuitMessage(0);
-        return 0;
-    default:
-        return DefWindowProcA(window, message, first, second);
-    }
-}
-
-void fillErrorDialog(HWND dialog)
-{
-    for (std::size_t i = 0; i < 3; ++i) {
-        SetDlgItemTextA(dialog, errorDialogFields[i].id, errorDialogFields[i].text.c_str());
-    }
-    EnableWindow(GetDlgItem(dialog, errorDialogFields[2].id), FALSE);
-}
-
-std::string readErrorDialogField(HWND dialog, std::size_t field)
-{
-    const int size = static_cast<int>(errorDialogText.size());
-    const UINT length = GetDlgItemTextA(dialog, errorDialogFields[field].id, errorDialogText.data(), size);
-    return {errorDialogText.data(), length};
-}
-
-void acceptErrorDialog(HWND dialog)
-{
-    const std::string first = readErrorDialogField(dialog, 0);
-    const std::string second = readErrorDialogField(dialog, 3);
-    const std::string third = readErrorDialogField(dialog, 1);
-    if (errorDialogCallback != nullptr) {
-        errorDialogCallback(dialog, first.c_str(), second.c_str(), third.c_str());
-    }
-}
-
-/// The button that accepts may have the identifier that otherwise cancels.
-INT_PTR onErrorDialogCommand(HWND dialog, int command)
-{
-    if (command == errorDialogAcceptId) {
-        acceptErrorDialog(dialog);
-        return 1;
-    }
-    if (command == IDCANCEL) {
-        SendMessageA(dialog, WM_CLOSE, 0, 0);
-        return 1;
-    }
-    return 0;
-}
-
-INT_PTR CALLBACK errorDialogProc(HWND dialog, UINT message, WPARAM first, LPARAM)
-{
-    switch (message) {
-    case WM_DESTROY:
-        return 1;
-    case WM_CLOSE:
-        EndDialog(dialog, 0);
-        SendMessageA(GetParent(dialog), WM_CLOSE, 0, 0);
-        return 1;
-    case WM_INITDIALOG:
-        fillErrorDialog(dialog);
-        return 1;
-    case WM_COMMAND:
-        return onErrorDialogCommand(dialog, LOWORD(first));
-    default:
-        return 0;
-    }
+    assignIfNotNull(x, bounds.left);
+    assignIfNotNull(y, bounds.top);
+    assignIfNotNull(width, bounds.right - bounds.left);
+    assignIfNotNull(height, bounds.bottom - bounds.top);
 }
 
 LRESULT CALLBACK focusHookProc(int code, WPARAM first, LPARAM second)
@@ -152,69 +46,6 @@ LRESULT CALLBACK focusHookProc(int code, WPARAM first, LPARAM second)
 }
 
 int destroyWindow(HWND window) { return DestroyWindow(window); }
-
-HWND createWindow(const char* title, const char* className, HWND parent, int width, int height)
-{
-    const HINSTANCE instance = GetModuleHandleA(nullptr);
-    WNDCLASSEXA windowClass = {};
-    windowClass.cbSize = sizeof(windowClass);
-    windowClass.style = CS_VREDRAW | CS_HREDRAW;
-    windowClass.lpfnWndProc = errorWindowProc;
-    windowClass.hInstance = instance;
-    windowClass.hIcon = LoadIconA(nullptr, MAKEINTRESOURCEA(32512));
-    windowClass.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));
-    windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
-    windowClass.lpszClassName = className;
-    RegisterClassExA(&windowClass);
-    return createdOrReported(
-        CreateWindowExA(0, className, title, 0, 0, 0, width, height, parent, nullptr, instance, nullptr),
-        "window");
-}
-
-HWND createErrorWindow(const char* title, const char* className, HWND, int width, int height, int acceptId,
-                       const std::vector<DialogField>& fields, const ErrorDialogCallback& callback)
-{
-    if (fields.size() != errorDialogFields.size()) {
-        std::fprintf(stderr, "[ERROR] Creating error window: Invalid number of parameters\n");
-        return nullptr;
-    }
-    const HINSTANCE instance = GetModuleHandleA(nullptr);
-    WNDCLASSA windowClass = {};
-    windowClass.lpfnWndProc = errorWindowProc;
-    windowClass.hInstance = instance;
-    windowClass.hbrBackground = reinterpret_cast<HBRUSH>(std::intptr_t(COLOR_BACKGROUND));
-    windowClass.lpszClassName = className;
-    if (RegisterClassA(&windowClass) == 0) {
-        return nullptr;
-    }
-    const HWND window = createdOrReported(CreateWindowExA(0, className, title, WS_OVERLAPPEDWINDOW, 0, 0,
-                                                          width, height, nullptr, nullptr, instance, nullptr),
-                                          "error window");
-    if (window != nullptr) {
-        std::copy(fields.begin(), fields.end(), errorDialogFields.begin());
-        errorDialogAcceptId = acceptId;
-        errorDialogCallback = callback;
-    }
-    return window;
-}
-
-HWND createDialog(HWND parent, std::uint16_t resourceId)
-{
-    return createdOrReported(CreateDialogParamA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(resourceId),
-                                                parent, errorDialogProc, 0),
-                             "dialog");
-}
-
-void runDialogLoop(HWND dialog)
-{
-    MSG message;
-    while (GetMessageA(&message, nullptr, 0, 0) != 0) {
-        if (!IsDialogMessageA(dialog, &message)) {
-            TranslateMessage(&message);
-            DispatchMessageA(&message);
-        }
-    }
-}
 
 int setDialogItemText(HWND dialog, int id, const char* text) { return SetDlgItemTextA(dialog, id, text); }
 
@@ -234,7 +65,7 @@ void getWindowBounds(HWND window, int* x, int* y, int* width, int* height)
 {
     RECT bounds = {};
     GetWindowRect(window, &bounds);
-    giveBounds(bounds, x, y, width, height);
+    assignBounds(bounds, x, y, width, height);
 }
 
 void getDesktopBounds(int* x, int* y, int* width, int* height)
@@ -248,7 +79,7 @@ void getClientBounds(HWND window, int* x, int* y, int* width, int* height)
     GetClientRect(window, &bounds);
     POINT corners[] = {{bounds.left, bounds.top}, {bounds.right, bounds.bottom}};
     MapWindowPoints(window, GetParent(window), corners, 2);
-    giveBounds({corners[0].x, corners[0].y, corners[1].x, corners[1].y}, x, y, width, height);
+    assignBounds({corners[0].x, corners[0].y, corners[1].x, corners[1].y}, x, y, width, height);
 }
 
 bool getMonitorBounds(HWND window, int* x, int* y, int* width, int* height)
@@ -259,7 +90,7 @@ bool getMonitorBounds(HWND window, int* x, int* y, int* width, int* height)
     if (monitor == nullptr || !GetMonitorInfoA(monitor, &info)) {
         return false;
     }
-    giveBounds(info.rcMonitor, x, y, width, height);
+    assignBounds(info.rcMonitor, x, y, width, height);
     return true;
 }
 
@@ -281,8 +112,8 @@ void getCursorPosition(int* x, int* y)
 {
     POINT position = {};
     GetCursorPos(&position);
-    give(x, position.x);
-    give(y, position.y);
+    assignIfNotNull(x, position.x);
+    assignIfNotNull(y, position.y);
 }
 
 void setDarkTitleBar(HWND window, bool isWindows11OrLater)

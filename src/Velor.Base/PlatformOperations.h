@@ -1,24 +1,10 @@
 #pragma once
 
-#include "Win32.h"
-
-#include <cstdint>
-#include <string>
-#include <vector>
+#include "ErrorDialog.h"
 
 /// \file
 /// The library's access to the operating system's window, dialog, shell, process and crash-report services.
 /// The library itself calls `registerCrashFile` alone.
-
-/// One field of the error dialog.
-struct DialogField
-{
-    int id;           ///< The control's identifier in the dialog.
-    std::string text; ///< What the control shows at first.
-};
-
-/// Gets the dialog and what its user typed: the texts of the fields 0, 3 and 1, in that order.
-using ErrorDialogCallback = void (*)(HWND dialog, const char* first, const char* second, const char* third);
 
 /// A table of operations, with no data beside them.
 ///
