@@ -53,8 +53,8 @@ def print_libraries(library, folder):
     source = pathlib.Path(folder) / "start.cpp"
     source.write_text("int main() {}\n")
     programs = {}
-    for name, link in ({"nothing": [], "what Velor2.Base needs": NEEDED} |
-                       {name: [path, f"-Wl,-rpath,{pathlib.Path(path).parent}"] for name, path in paths.items()}).items():
+    links = {name: [path, f"-Wl,-rpath,{pathlib.Path(path).parent}"] for name, path in paths.items()}
+    for name, link in ({"nothing": [], "what Velor2.Base needs": NEEDED} | links).items():
         programs[name] = [f"{folder}/{len(programs)}"]
         subprocess.run(["g++", source, "-o", programs[name][0], "-Wl,--no-as-needed", *link], check=True)
     starts = least_in_turn(programs, STARTS)

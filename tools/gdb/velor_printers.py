@@ -1,8 +1,8 @@
 """Shows values of Velor2.Base in gdb as their debug output has them: TVec3d(1, 2, 3), VelorVersion(6.1.2).
 
-gdb loads this by itself when the library is installed under gdb's own prefix, /usr on most systems; README.md tells how
-to load it from elsewhere. A payload of a drag is shown by its kind and the names in it. Nothing is called in the program that is being looked at, so that
-values can be shown in a core file, too."""
+gdb loads this by itself when the library is installed under gdb's own prefix, /usr on most systems; README.md tells
+how to load it from elsewhere. A payload of a drag is shown by its kind and the names in it. Nothing is called in the
+program that is being looked at, so that values can be shown in a core file, too."""
 
 import gdb
 import gdb.printing
@@ -92,11 +92,17 @@ def synonym(value):
 
 
 def synonyms(value):
-    return Lists(value, lambda value: texts_of(value["mGroups"], lambda group: synonym(group.dereference()).to_string()))
+    def text_of_group(group):
+        return synonym(group.dereference()).to_string()
+
+    return Lists(value, lambda value: texts_of(value["mGroups"], text_of_group))
 
 
 def drop_data(value):
-    return Lists(value, lambda value: [str(value["mType"])] + texts_of(value["mItems"], lambda item: text_of(item["name"])))
+    def name_of_item(item):
+        return text_of(item["name"])
+
+    return Lists(value, lambda value: [str(value["mType"])] + texts_of(value["mItems"], name_of_item))
 
 
 def build():
@@ -107,7 +113,8 @@ def build():
     printers.add_printer("quat", r"^quat$", components("quat", {field: field + " " for field in "xyzw"}))
     printers.add_printer("VelorVersion", r"^VelorVersion$", Version)
     printers.add_printer("DoubleMinMax", r"^DoubleMinMax$", components("DoubleMinMax", {"min": "", "max": ""}))
-    printers.add_printer("VelorCurveKnot", r"^VelorCurveKnot$", components("VelorCurveKnot", {"position": "", "tangent": ""}))
+    knot = components("VelorCurveKnot", {"position": "", "tangent": ""})
+    printers.add_printer("VelorCurveKnot", r"^VelorCurveKnot$", knot)
     printers.add_printer("KelbTags", r"^(KelbTags|VelorCategoryTags)$", tags)
     printers.add_printer("KelbSynonym", r"^KelbSynonym$", synonym)
     printers.add_printer("KelbSynonyms", r"^KelbSynonyms$", synonyms)
