@@ -383,9 +383,9 @@ def main():
         os.mkfifo(f"{folder}/pipe")
         markup = quoteattr(f"<img src='{folder}/pipe'>")
         catalogue = pathlib.Path(folder, "catalogue.xml")
-        catalogue.write_text(SAMPLE.read_text(encoding="utf-8").replace(
-            "<Catalogue>", f'<Catalogue><Category categoryTags="markup"><Item name={markup} tags={markup}/></Category>'),
-            encoding="utf-8")
+        category = f'<Category categoryTags="markup"><Item name={markup} tags={markup}/></Category>'
+        catalogue.write_text(SAMPLE.read_text(encoding="utf-8").replace("<Catalogue>", "<Catalogue>" + category),
+                             encoding="utf-8")
         display = Display(stack)
         first = Browser(stack, display, sys.argv[1], f"{folder}/first", 30, catalogue)
         second = Browser(stack, display, sys.argv[1], f"{folder}/second", 820, SAMPLE)

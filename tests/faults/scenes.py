@@ -15,7 +15,8 @@ BUSY = ["ENOSPC", "EIO", "EINTR"]
 WRITING = dict.fromkeys(
     ["write", "writev", "pwrite64", "pwritev", "sendfile", "copy_file_range", "ftruncate", "fallocate"], BUSY)
 MOVING = dict.fromkeys(
-    ["rename", "renameat", "renameat2", "link", "linkat", "symlink", "symlinkat", "mkdir", "mkdirat"], ["ENOSPC", "EIO"])
+    ["rename", "renameat", "renameat2", "link", "linkat", "symlink", "symlinkat", "mkdir", "mkdirat"],
+    ["ENOSPC", "EIO"])
 DELETING = dict.fromkeys(["unlink", "unlinkat", "rmdir"], ["EIO"])
 OPENING = dict.fromkeys(["open", "openat"], BUSY)
 ASKING = dict.fromkeys(["stat", "lstat", "newfstatat", "fstat", "statx", "statfs", "fstatfs", "access", "faccessat",
@@ -77,7 +78,8 @@ class Scene:
         """The command of the operation."""
 
     def check_outcome(self, place, run):
-        require(run.code in ([-9] if run.fault.kind == "kill" else [0, 1]), f"ended with {run.code}: {run.errors[-300:]!r}")
+        require(run.code in ([-9] if run.fault.kind == "kill" else [0, 1]),
+                f"ended with {run.code}: {run.errors[-300:]!r}")
         self.check(place, run)
 
     def check(self, place, run):
@@ -186,7 +188,8 @@ class Log(Scene):
         seen = f"the console has {console}, the file {in_file} and {cut!r}"
         require(in_file == [line for line in self.LINES if line in in_file], seen)
         if run.killed:  # What logMessage has returned for is with the system.
-            require(cut == "older" or (in_file == self.LINES[:len(in_file)] and len(console) - len(in_file) in (0, 1)), seen)
+            require(cut == "older" or (in_file == self.LINES[:len(in_file)] and
+                                       len(console) - len(in_file) in (0, 1)), seen)
         elif run.fault.kind == "error":
             is_console = run.fault.hits_text("(1<") or run.fault.hits_text("(2<")
             require((in_file if is_console else console) == self.LINES and cut in ("", "older"), seen)
@@ -211,7 +214,8 @@ class SetupLog(Scene):
         new = names - {*self.KEPT, self.OLD}
         is_new = [re.fullmatch(r"Name_\d{4}-\d\d-\d\d_\d\d-\d\d-\d\d\.log", name) for name in new]
         require(all(is_new) or run.killed or run.fault.hits(DELETING), f"left {new}")
-        require(run.told or run.killed or (self.OLD in names and not any(is_new)), f"reported false, and there are {names}")
+        require(run.told or run.killed or (self.OLD in names and not any(is_new)),
+                f"reported false, and there are {names}")
         if run.told and run.fault.kind in ("full", "limit", "disk"):
             require(self.OLD not in names and new, f"reported true, and there are {names}")
 
@@ -320,7 +324,8 @@ class Pack(Scene):
         pair = self.pair(place)
         if run.fault.kind == "none":
             verify = ROOT / "examples/motion_pack/verify.py"
-            subprocess.run([sys.executable, "-B", verify, place.other / "folder", pair[0]], check=True, capture_output=True)
+            subprocess.run([sys.executable, "-B", verify, place.other / "folder", pair[0]],
+                           check=True, capture_output=True)
             self.manifest = content(pair[1])
         kind = self.kind_of(*pair)
         kept = [path for path in place.home.iterdir() if path not in pair]
