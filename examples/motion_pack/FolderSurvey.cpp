@@ -4,12 +4,10 @@
 
 #include <Velor.Base/VelorWildcard.h>
 
-#include <QtCore/QHash>
-
-#include <algorithm>
 #include <filesystem>
 
 namespace fs = std::filesystem;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -17,17 +15,11 @@ QString nameOf(const fs::path& path, const fs::path& root)
 {
     const std::u8string relative = path.lexically_relative(root).generic_u8string();
     const QByteArray bytes(reinterpret_cast<const char*>(relative.data()), qsizetype(relative.size()));
-    QString name = QString::fromUtf8(bytes);
+    const QString name = QString::fromUtf8(bytes);
     if (name.toUtf8() != bytes) {
-        throw Failure(QStringLiteral("'%1' cannot be packed: its name is no valid UTF-8").arg(name));
+        throw Failure{u"'%1' cannot be packed: its name is no valid UTF-8"_s.arg(name)};
     }
     return name;
-}
-
-QString entryName(QString name)
-{
-    const qsizetype end = name.replace(u'\\', u'/').lastIndexOf(u'/') + 1;
-    return name.left(end).toLower() + name.mid(end);
 }
 
 /// Raises an error of the system, but not for dangling links and links to themselves.
@@ -54,21 +46,9 @@ bool isCircle(const fs::recursive_directory_iterator& entry)
     return false;
 }
 
-void requireDistinctEntries(const QList<FolderSurvey::File>& files)
-{
-    QHash<QString, QString> names;
-    for (const FolderSurvey::File& file : files) {
-        if (names.contains(file.entry)) {
-            throw Failure(QStringLiteral("'%1' and '%2' would have one name in the archive")
-                              .arg(names[file.entry], file.name));
-        }
-        names[file.entry] = file.name;
-    }
-}
-
 } // namespace
 
-FolderSurvey::FolderSurvey(const QString& folder, const QList<QString>& excludes,
+FolderSurvey::FolderSurvey(const QString& folder, const QStringList& excludes,
                            const QList<QFileInfo>& ownFiles)
 {
     QString name = folder; // The last one that was looked at.
@@ -87,15 +67,25 @@ FolderSurvey::FolderSurvey(const QString& folder, const QList<QString>& excludes
             } else if (VelorWildcard::check(name, excludes, Qt::CaseInsensitive)) {
                 excluded.append(name);
             } else if (!ownFiles.contains(info)) {
-                files.append({name, entryName(name), info.filePath(), info.size(), info.lastModified()});
-                bytes += info.size();
+                addFile(name, info);
             }
         }
     } catch (const fs::filesystem_error& error) {
         const QString reason = QString::fromStdString(error.code().message());
-        throw Failure(QStringLiteral("'%1' cannot be read: %2").arg(name, reason));
+        throw Failure{u"'%1' cannot be read: %2"_s.arg(name, reason)};
     }
-    std::sort(folders.begin(), folders.end());
-    std::sort(files.begin(), files.end(), [](const File& a, const File& b) { return a.name < b.name; });
-    requireDistinctEntries(files);
+    folders.sort();
+}
+
+/// An archive keeps one of two files that have one name in it.
+void FolderSurvey::addFile(const QString& name, const QFileInfo& info)
+{
+    const QString path = QString(name).replace(u'\\', u'/');
+    const qsizetype folderSize = path.lastIndexOf(u'/') + 1;
+    const QString entry = path.first(folderSize).toLower() + path.sliced(folderSize);
+    if (files.contains(entry)) {
+        throw Failure{u"'%1' and '%2' would have one name in the archive"_s.arg(files[entry].name, name)};
+    }
+    bytes += info.size();
+    files.insert(entry, {name, info});
 }

@@ -26,12 +26,10 @@ public:
     [[noreturn]] void failToWrite() const;
 
 private:
-    QString temporary(const char* name) const { return mFolder.filePath(QString::fromLatin1(name)); }
-    void putInPlace() const;
-    void putBackOldPair();
+    void putInPlace();
 
-    QString mArchive;
-    QString mManifest;
+    const QString mArchive;
+    const QString mManifest;
     QTemporaryDir mFolder;
     std::optional<VelorZipStream> mZip;
 };

@@ -7,15 +7,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <initializer_list>
 #include <unistd.h>
 
 namespace {
 
-constexpr auto Interval = std::chrono::milliseconds(100);
-constexpr qint64 BarWidth = 50;
-constexpr qint64 LineStep = 10;
+constexpr auto Interval = std::chrono::milliseconds(20);
 
 std::atomic<int> sSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free); // A signal handler must not wait.
@@ -53,82 +49,42 @@ void Watcher::catchSignals()
 Watcher::Watcher(const QString& temporaryFolder, qint64 bytesToPack, bool isQuiet)
     : mTemporaryFolder(temporaryFolder)
     , mBytesToPack(bytesToPack)
+    , mReadBefore(bytesRead())
     , mIsQuiet(isQuiet)
-    , mIsTerminal(isatty(STDOUT_FILENO) != 0)
-    , mThread([this] { run(); })
+    , mThread([this](const std::stop_token& stop) { run(stop); })
 {}
 
 void Watcher::setProgress(qint64 packed, qint64 nextSize)
 {
-    mFileStart = packed;
-    mFileEnd = packed + nextSize;
+    mPacked = packed;
+    mHashed = packed + nextSize;
 }
 
-void Watcher::stop()
+void Watcher::run(const std::stop_token& stop)
 {
-    if (mThread.joinable()) {
-        mStop.set_value();
-        mThread.join();
-    }
-}
-
-void Watcher::run()
-{
-    const std::future<void> stop = mStop.get_future();
-    do {
-        endIfInterrupted();
+    while (!stop.stop_requested()) {
         showProgress();
-    } while (stop.wait_for(Interval) == std::future_status::timeout);
-    showProgress();
-    endLine();
-}
-
-void Watcher::endIfInterrupted() const
-{
-    const int signal = sSignal;
-    if (signal != 0) {
-        QDir(mTemporaryFolder).removeRecursively();
-        endLine();
-        std::fprintf(stderr, "motion_pack: interrupted by signal %d; nothing was changed\n", signal);
-        std::signal(signal, SIG_DFL);
-        std::raise(signal); // So that a shell knows the reason.
+        if (const int signal = sSignal; signal != 0) {
+            QDir(mTemporaryFolder).removeRecursively();
+            std::fprintf(stderr, "motion_pack: interrupted by signal %d; nothing was changed\n", signal);
+            std::signal(signal, SIG_DFL);
+            std::raise(signal); // So that a shell knows the reason.
+        }
+        std::this_thread::sleep_for(Interval);
     }
+    showProgress();
 }
 
 /// Within a file, the library does not report its progress, but the system counts what is read.
-qint64 Watcher::packedBytes()
-{
-    const qint64 start = mFileStart;
-    const qint64 end = mFileEnd;
-    const qint64 read = bytesRead();
-    if (end != mKnownEnd) {
-        mKnownEnd = end;
-        mReadBefore = read;
-    }
-    return std::min(start + read - mReadBefore, end);
-}
-
 void Watcher::showProgress()
 {
-    const qint64 step = mIsTerminal ? 1 : LineStep;
-    const qint64 percent = mBytesToPack > 0 ? 100 * packedBytes() / mBytesToPack / step * step : 100;
-    if (mIsQuiet || percent <= mShownPercent) {
-        return;
-    }
-    mShownPercent = percent;
-    if (mIsTerminal) {
-        const QString bar = QString(BarWidth * percent / 100, u'#').leftJustified(BarWidth, u'.');
-        std::printf("\rpacking [%s] %3d %%", qPrintable(bar), static_cast<int>(percent));
-    } else {
-        std::printf("packing: %d %%\n", static_cast<int>(percent));
-    }
-    std::fflush(stdout);
-}
-
-void Watcher::endLine() const
-{
-    if (mIsTerminal && mShownPercent > 0) {
-        std::printf("\n");
+    static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
+    const qint64 step = isTerminal ? 1 : 10; // A terminal shows the last line alone.
+    const qint64 packed = std::clamp<qint64>(bytesRead() - mReadBefore - mHashed, mPacked, mBytesToPack);
+    const qint64 percent = mBytesToPack > 0 ? 100 * packed / mBytesToPack / step * step : 100;
+    if (!mIsQuiet && percent > mShownPercent) {
+        mShownPercent = percent;
+        std::printf(isTerminal ? "packing: %d %%\r" : "packing: %d %%\n", static_cast<int>(percent));
         std::fflush(stdout);
     }
 }

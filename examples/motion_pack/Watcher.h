@@ -3,11 +3,10 @@
 #include <QtCore/QString>
 
 #include <atomic>
-#include <future>
 #include <thread>
 
 /// A thread beside the packing: it shows the progress and ends the program at a signal, both also within one
-/// large file.
+/// large file. When it is destroyed, signals are ignored.
 class Watcher
 {
 public:
@@ -17,33 +16,21 @@ public:
 
     /// At a signal, `temporaryFolder` is deleted.
     Watcher(const QString& temporaryFolder, qint64 bytesToPack, bool isQuiet);
-    ~Watcher() { stop(); }
 
-    /// So many bytes are packed, and a file of `nextSize` bytes comes next.
+    /// So many bytes are packed. The file that comes next, of `nextSize` bytes, is read twice: only the
+    /// second time counts as progress.
     void setProgress(qint64 packed, qint64 nextSize);
 
-    /// From now on, signals are ignored.
-    void stop();
-
 private:
-    void run();
-    void endIfInterrupted() const;
-    qint64 packedBytes();
+    void run(const std::stop_token& stop);
     void showProgress();
-    void endLine() const;
 
     const QString mTemporaryFolder;
     const qint64 mBytesToPack;
+    const qint64 mReadBefore;
     const bool mIsQuiet;
-    const bool mIsTerminal;
-    std::atomic<qint64> mFileStart = 0; ///< within the bytes to pack
-    std::atomic<qint64> mFileEnd = 0;
-    std::promise<void> mStop;
-
-    // The thread's own:
-    qint64 mKnownEnd = -1;
-    qint64 mReadBefore = 0;
     qint64 mShownPercent = 0;
-
-    std::thread mThread; ///< last, since it uses the others
+    std::atomic<qint64> mPacked = 0;
+    std::atomic<qint64> mHashed = 0;
+    std::jthread mThread; ///< Last, since it uses the others.
 };

@@ -14,7 +14,7 @@ import time
 import unittest
 
 sys.dont_write_bytecode = True
-import verify
+import verify  # noqa: E402
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 MISSING = "No such file or directory"
@@ -31,12 +31,10 @@ def start(*arguments, **options):
 
 class Place(unittest.TestCase):
     def setUp(self):
-        self.temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(self.temporary.cleanup)
-        self.root = pathlib.Path(self.temporary.name)
-        self.folder = self.root / "folder"
-        self.folder.mkdir()
-        self.out = self.root / "out"
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name, "folder")
+        self.out = pathlib.Path(temporary.name, "out")
         self.out.mkdir()
         self.archive = self.out / "packed.zip"
 
@@ -45,22 +43,22 @@ class Place(unittest.TestCase):
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
 
+
+class GoodFolders(Place):
     def pack(self, *options, folder=None, archive=None, warnings=()):
         """Returns what was printed, and the names in the archive."""
-        archive = archive or self.archive
-        process = start(folder or self.folder, archive, *options)
+        folder, archive = str(folder or self.folder), str(archive or self.archive)
+        process = start(folder, archive, *options)
         output, errors = process.communicate(timeout=120)
         self.assertEqual((process.returncode, errors.count("\n")), (0, len(warnings)), errors)
         self.assertEqual(set(re.findall("not packed, as it has no content: '(.*)'", errors)), set(warnings))
-        verify.verify(str(folder or self.folder), str(archive))
-        return output, set(verify.read_manifest(f"{archive}.xxh64"))
+        verify.verify(folder, archive)
+        return output, set(verify.read_manifest(archive + ".xxh64"))
 
-
-class GoodFolders(Place):
     def test_sample_is_packed_and_verified(self):
         output, names = self.pack(folder=SAMPLE)
         self.assertEqual((len(names), "Notes/README" in names), (12, True))
-        self.assertRegex(output, r"packing: 100 %\npacked 12 files, 75.46 KiB, into '.*packed.zip', 1\d.\d\d KiB\n$")
+        self.assertRegex(output, r"packing: 100 %\npacked 12 files, 75.43 KiB, into '.*packed.zip', 1\d.\d\d KiB\n$")
         self.assertEqual(sorted(os.listdir(self.out)), ["packed.zip", "packed.zip.xxh64"])
 
     def test_whole_folder_is_packed_and_what_has_no_content_is_reported(self):
@@ -72,14 +70,14 @@ class GoodFolders(Place):
         for name, target in links.items():
             (self.folder / name).symlink_to(target)
         os.mkfifo(self.folder / "pi\npe")
-        left = ["dangling", "circle", "loop", "null", "pi\\x0ape"]
+        left = ["dangling", "circle", "loop", "null", "pi\\npe"]
         self.assertEqual(self.pack("--quiet", "-x", "*.TMP", warnings=left), ("", {*names, "link"}))
 
     def test_log_and_output_inside_the_folder_are_not_packed_and_other_logs_stay(self):
         self.put("a.bin", b"x" * 5000)
         self.put("motion_pack_2020-01-31_12-00-00.log")
         archive = self.folder / "own.zip"
-        self.pack(archive=archive)  # the next time, the archive and its manifest are there
+        self.pack(archive=archive)  # The next time, the archive and its manifest are there.
         options = ["--log-dir", self.folder, "--exclude", "*00-00.log", "--store", "bin"]
         self.assertEqual(self.pack(*options, archive=archive)[1], {"a.bin"})
         self.assertGreater(archive.stat().st_size, 5000)
@@ -87,81 +85,67 @@ class GoodFolders(Place):
         self.assertRegex(new.read_text(), rf"\[DBG0\] - excluded: '{old.name}'\n.* - packed 1 files")
 
     def test_reader_that_goes_away_does_not_end_the_packing(self):
-        self.put("a.txt")
-        process = start(self.folder, self.archive)
+        process = start(SAMPLE, self.archive)
         process.stdout.close()
         self.assertEqual(process.wait(60), 0)
         process.stderr.close()
-        self.assertEqual(verify.verify(str(self.folder), str(self.archive)), 1)
 
 
 class BadInput(Place):
     """An archive and a manifest of an earlier run are there: each failure leaves them as they are, and nothing else."""
 
+    OLDER = {"packed.zip": "older archive", "packed.zip.xxh64": "older manifest"}
+
     def setUp(self):
         super().setUp()
-        self.older = {"packed.zip": "older archive", "packed.zip.xxh64": "older manifest"}
+        self.put("a.txt")
         self.write_older()
 
     def write_older(self):
-        for name, text in self.older.items():
+        for name, text in self.OLDER.items():
             (self.out / name).write_text(text)
-
-    def assert_older(self):
-        self.assertEqual({path.name: path.read_text() for path in self.out.iterdir()}, self.older)
 
     def fails(self, process, *words, code=1):
         _, errors = process.communicate(timeout=120)
-        self.assertEqual(process.returncode, code, errors)
-        self.assertEqual(errors.count("\n"), 1, errors)
-        self.assertTrue(errors.startswith("motion_pack: "), errors)
-        for word in words:
-            self.assertIn(word, errors)
-        self.assert_older()
+        self.assertEqual((process.returncode, errors.count("\n")), (code, 1), errors)
+        self.assertRegex(errors, "^motion_pack: .*" + ".*".join(map(re.escape, words)))
+        self.assertEqual({path.name: path.read_text() for path in self.out.iterdir()}, self.OLDER)
 
-    def test_command_line(self):
+    def test_arguments(self):
         for words in [[], [self.folder], [self.folder, self.archive, "third"], ["--unknown"], ["--store"], ["a", ""]]:
             self.fails(start(*words), code=2)
         for pattern in ["[a", "sub/*.txt"]:
             self.fails(start("-x", pattern, self.folder, self.archive), f"'{pattern}'", code=2)
-
-    def test_folder(self):
-        bad = [("missing", MISSING), ("", MISSING), (__file__, "Not a dir"), (self.folder, "no file to pack")]
-        for folder, words in bad:
+        empty = self.folder / "empty"
+        empty.mkdir()
+        for folder, words in [("missing", MISSING), ("", MISSING), (__file__, "Not a dir"), (empty, "no file to pack")]:
             self.fails(start(folder, self.archive), f"'{folder}'", words)
+        taken = self.folder / "taken"
+        taken.with_suffix(".xxh64").mkdir()
+        for archive, word in [("/missing/a.zip", MISSING), ("/dev/full", "cannot be "), (taken, "it is no file")]:
+            self.fails(start(self.folder, archive), f"'{archive}", word)
+        self.fails(start(self.folder, self.archive, "--log-dir", "missing"), "'missing'", MISSING)
+        self.assertTrue(pathlib.Path("/dev/full").is_char_device())
 
     @unittest.skipIf(os.geteuid() == 0, "root reads everything")
     def test_unreadable_parts(self):
         self.put("sub/a.txt")
-        self.put("b.txt")
-        for path in [self.folder / "b.txt", self.folder / "sub", self.folder]:
+        for path in [self.folder / "a.txt", self.folder / "sub", self.folder]:
             path.chmod(0)
-            self.fails(start(self.folder, self.archive), "cannot be read: Permission denied", path.name)
+            self.fails(start(self.folder, self.archive), path.name, "cannot be read: Permission denied")
             path.chmod(0o700)
 
     def test_names(self):
-        bad = [("a:b", "'a:b' cannot be the name"), ("~/c", "'~' cannot be the name"), (b"\xff", "no valid UTF-8")]
-        for name, words in [*bad, ("Sub/a", "'Sub/a' and 'sub/a' would have one name")]:
+        for name, words in [("a:b", "'a:b' cannot be the name"), ("~/c", "'~' cannot be the name"),
+                            (b"\xff", "no valid UTF-8"), ("Sub/a", "would have one name")]:
             self.put("sub/a")
             self.put(os.fsdecode(name))
             self.fails(start(self.folder, self.archive), words)
             shutil.rmtree(self.folder)
 
-    def test_places(self):
-        self.put("a.txt")
-        for archive, word in [("/missing/a.zip", MISSING), ("/proc/a.zip", MISSING), ("/dev/full", "cannot be ")]:
-            self.fails(start(self.folder, archive), f"'{archive}'", word)
-        (self.root / "taken.xxh64").mkdir()
-        self.fails(start(self.folder, self.root / "taken"), "taken.xxh64' cannot be replaced: it is no file")
-        self.fails(start(self.folder, self.archive, "--log-dir", "missing"), "'missing'", MISSING)
-        self.assertTrue(pathlib.Path("/dev/full").is_char_device())
-
-    def test_limit_of_the_file_size_at_many_points(self):
-        self.put("Deep/a.txt", os.urandom(3000))
+    def test_limit_of_the_file_size(self):
         self.put("b.png", os.urandom(3000))
-        self.pack(archive=self.root / "whole.zip")
-        size = (self.root / "whole.zip").stat().st_size
-        for limit in [0, 1, 50, 2900, 3100, size - 300, size - 1]:
+        for limit in [0, 1, 2900, 3300]:
             limits = (resource.RLIMIT_FSIZE, (limit, limit))
             process = start(self.folder, self.archive, preexec_fn=lambda: resource.setrlimit(*limits))
             self.fails(process, "File too large")
@@ -172,7 +156,7 @@ class BadInput(Place):
         self.addCleanup(subprocess.run, ["umount", self.out])
         self.write_older()
         for size, name in [(30000, "packed.zip"), (13000, "packed.zip.xxh64")]:
-            self.put("a.bin", os.urandom(size))
+            self.put("a.txt", os.urandom(size))
             self.fails(start(self.folder, self.archive), f"{name}' cannot be written: No space left on device")
 
     def slow_pack(self, size, count=1, **options):
@@ -180,11 +164,13 @@ class BadInput(Place):
         for index in range(count):
             self.put(f"{index:03}.bin")
             os.truncate(self.folder / f"{index:03}.bin", size)
+        last = self.folder / "z.bin"
+        last.write_bytes(b"last")
         process = start(self.folder, self.archive, **options)
         while not any(self.out.glob("*/new.zip")):
             self.assertIsNone(process.poll())
             time.sleep(0.005)
-        return process, self.folder / f"{count - 1:03}.bin"
+        return process, last
 
     def test_file_that_changes_or_vanishes(self):
         changes = [(lambda file: file.write_bytes(b"other"), "changed while"), (pathlib.Path.unlink, MISSING)]

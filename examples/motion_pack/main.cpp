@@ -3,6 +3,7 @@
 #include "Output.h"
 #include "Watcher.h"
 
+#include <Velor.Base/KelbDeviceSource.h>
 #include <Velor.Base/VelorLog.h>
 #include <Velor.Base/VelorVersion.h>
 #include <Velor.Base/VelorXxHash.h>
@@ -10,30 +11,26 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDateTime>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
+#include <QtCore/QDebug>
 #include <QtCore/QLocale>
 #include <QtCore/QRegularExpression>
 
-#include <algorithm>
 #include <cstdio>
 
 /// \file
 /// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it.
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-constexpr int ExitFailure = 1;
-constexpr int ExitUsage = 2;
-constexpr qsizetype BlockSize = 1 << 20;
+constexpr int WrongUsage = 2;
 
 constexpr const char* Description =
-    "Packs all files of a folder, links followed, into a zip archive, and writes a manifest beside it:\n"
-    "ARCHIVE.xxh64 has the XXH64 digest of each file, for 'xxhsum -c' in the folder. The archive has folder\n"
-    "names in lower case. What has no content (pipes, devices, dangling links) gets a warning.\n"
-    "\n"
-    "An older archive and its manifest are replaced at the end. After a failure or an interruption they are\n"
-    "as before; a process that is killed leaves a folder ARCHIVE.??????, with what is missing in its place.";
+    "Packs all files of a folder, links followed, into a zip archive with folder names in lower case, and\n"
+    "writes the XXH64 digest of each into ARCHIVE.xxh64, for 'xxhsum -c' in the folder. An older pair is\n"
+    "replaced at the end: after a failure or an interruption it is as before, and a process that is killed\n"
+    "leaves a folder ARCHIVE.??????, with what is missing in its place.";
 
 void log(VelorLog::Level level, const QString& text)
 {
@@ -45,72 +42,51 @@ void log(VelorLog::Level level, const QString& text)
 /// One line on standard error, whatever a file is called, and in the log.
 void report(VelorLog::Level level, const QString& text)
 {
-    QString line;
-    for (const QChar letter : text) {
-        line += letter.category() == QChar::Other_Control
-                    ? QStringLiteral("\\x%1").arg(uint(letter.unicode()), 2, 16, QLatin1Char('0'))
-                    : QString(letter);
-    }
+    const QString line = QDebug::toString(text).sliced(1).chopped(1); // Escaped, and without the quotes.
     std::fprintf(stderr, "motion_pack: %s\n", qUtf8Printable(line));
     log(level, line);
 }
 
-QString latin1(const char* text) { return QString::fromLatin1(text); }
-
-/// A pattern with a slash would silently match nothing.
-void requireWildcard(const QString& pattern)
-{
-    if (!QRegularExpression::fromWildcard(pattern).isValid() || pattern.contains(u'/')) {
-        throw Failure(QStringLiteral("'%1' is no wildcard for file names").arg(pattern), ExitUsage);
-    }
-}
-
 void parse(QCommandLineParser& options, const QStringList& words)
 {
-    options.setApplicationDescription(latin1(Description));
-    options.addPositionalArgument(latin1("FOLDER"), latin1("The folder to pack."));
-    options.addPositionalArgument(latin1("ARCHIVE"), latin1("The zip file."));
+    options.setApplicationDescription(QString::fromLatin1(Description));
+    options.addPositionalArgument(u"FOLDER"_s, u"The folder to pack."_s);
+    options.addPositionalArgument(u"ARCHIVE"_s, u"The zip file."_s);
     options.addOptions({
-        {{latin1("x"), latin1("exclude")},
-         latin1("Leave out files whose name matches this wildcard."),
-         latin1("PATTERN")},
-        {latin1("store"),
-         latin1("Do not compress files with this extension. The first takes the place of gif, "
-                "jpeg, jpg and png."),
-         latin1("EXT")},
-        {latin1("log-dir"), latin1("Write a log into this folder; without it, there is none."),
-         latin1("DIR")},
-        {{latin1("q"), latin1("quiet")}, latin1("Print nothing but warnings and errors.")},
+        {{u"x"_s, u"exclude"_s}, u"Leave out files whose name matches this wildcard."_s, u"PATTERN"_s},
+        {u"store"_s,
+         u"Do not compress files with this extension. The first takes the place of gif, jpeg, jpg and png."_s,
+         u"EXT"_s},
+        {u"log-dir"_s, u"Write a log into this folder; without it, there is none."_s, u"DIR"_s},
+        {{u"q"_s, u"quiet"_s}, u"Print nothing but warnings and errors."_s},
     });
-    const QCommandLineOption help = options.addHelpOption();
-    const QCommandLineOption version = options.addVersionOption();
+    options.addHelpOption();
+    options.addVersionOption();
     if (!options.parse(words)) {
-        throw Failure(options.errorText(), ExitUsage);
+        throw Failure{options.errorText(), WrongUsage};
     }
-    if (options.isSet(help)) {
-        options.showHelp();
-    }
-    if (options.isSet(version)) {
-        options.showVersion();
-    }
+    options.process(words); // Help and version.
     const QStringList names = options.positionalArguments();
     if (names.size() != 2 || QFileInfo(names.last()).fileName().isEmpty()) {
-        throw Failure(latin1("one FOLDER and one ARCHIVE are needed"), ExitUsage);
+        throw Failure{u"one FOLDER and one ARCHIVE are needed"_s, WrongUsage};
     }
-    for (const QString& pattern : options.values(latin1("exclude"))) {
-        requireWildcard(pattern);
+    for (const QString& pattern : options.values(u"exclude"_s)) {
+        // One with a slash would silently match nothing.
+        if (!QRegularExpression::fromWildcard(pattern).isValid() || pattern.contains(u'/')) {
+            throw Failure{u"'%1' is no wildcard for file names"_s.arg(pattern), WrongUsage};
+        }
     }
 }
 
-/// Returns the new log's path. Other logs in the folder stay.
+/// Returns the new log's path. Unlike with VelorLogManager::setupDefaultLog, other logs in the folder stay.
 QString startLog(const QString& folder)
 {
-    const QString name = QDateTime::currentDateTime().toString(latin1("'motion_pack_'yyyy-MM-dd_hh-mm-ss"));
-    QFile file(QFileInfo(folder).absoluteFilePath() + u'/' + name + latin1(".log"));
+    const QString name = QDateTime::currentDateTime().toString(u"'motion_pack_'yyyy-MM-dd_hh-mm-ss"_s);
+    QFile file(QFileInfo(folder).absoluteFilePath() + u'/' + name + u".log"_s);
     if (!file.open(QIODevice::WriteOnly)) {
-        throw Failure(QStringLiteral("no log can be written in '%1': %2").arg(folder, file.errorString()));
+        throw Failure{u"no log can be written in '%1': %2"_s.arg(folder, file.errorString())};
     }
-    VelorLogManager::getSingleton().createLog(name.toStdString(), folder.toStdString(), true);
+    VelorLogManager::getSingleton().createLog(name.toStdString(), folder.toStdString());
     return file.fileName();
 }
 
@@ -120,36 +96,34 @@ FolderSurvey lookAtFolder(const QCommandLineParser& options)
     const QString folder = options.positionalArguments().first();
     const QString archive = options.positionalArguments().last();
     QList<QFileInfo> ownFiles = {QFileInfo(archive), QFileInfo(Output::manifestOf(archive))};
-    if (options.isSet(latin1("log-dir"))) {
-        ownFiles.append(QFileInfo(startLog(options.value(latin1("log-dir")))));
+    if (options.isSet(u"log-dir"_s)) {
+        ownFiles.append(QFileInfo(startLog(options.value(u"log-dir"_s))));
     }
-    FolderSurvey survey(folder, options.values(latin1("exclude")), ownFiles);
+    FolderSurvey survey(folder, options.values(u"exclude"_s), ownFiles);
     for (const QString& name : survey.excluded) {
-        log(VelorLog::Debug0, QStringLiteral("excluded: '%1'").arg(name));
+        log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
     }
     for (const QString& name : survey.leftOut) {
-        report(VelorLog::Warning, QStringLiteral("not packed, as it has no content: '%1'").arg(name));
+        report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
     }
     if (survey.files.isEmpty()) {
-        throw Failure(QStringLiteral("'%1' holds no file to pack").arg(folder));
+        throw Failure{u"'%1' holds no file to pack"_s.arg(folder)};
     }
     return survey;
 }
 
 QByteArray digestOf(const FolderSurvey::File& file)
 {
-    QFile input(file.path);
-    VelorXxHash hash;
-    QByteArray block(BlockSize, Qt::Uninitialized);
-    qint64 count = input.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? 1 : -1;
-    while (count > 0) {
-        count = input.read(block.data(), block.size());
-        hash.addBytes(block.constData(), static_cast<std::uint64_t>(std::max<qint64>(count, 0)));
+    QFile input(file.info.filePath());
+    std::uint64_t digest = 0;
+    if (input.open(QIODevice::ReadOnly)) {
+        KelbDeviceSource source(&input);
+        digest = VelorXxHash::fromSource(&source);
     }
-    if (count < 0) {
-        throw Failure(QStringLiteral("'%1' cannot be read: %2").arg(file.name, input.errorString()));
+    if (input.error() != QFile::NoError) {
+        throw Failure{u"'%1' cannot be read: %2"_s.arg(file.name, input.errorString())};
     }
-    return QByteArray::number(qulonglong(hash.hash()), 16).rightJustified(16, '0');
+    return QByteArray::number(qulonglong(digest), 16).rightJustified(16, '0');
 }
 
 /// A name with a line break is escaped as checksum tools do it.
@@ -162,27 +136,15 @@ QByteArray manifestLine(const QByteArray& digest, const QString& name)
     return '\\' + digest + "  " + text.replace('\\', "\\\\").replace('\n', "\\n") + '\n';
 }
 
-/// Adds by `add`. A name that a zip archive must not have is an exception of the library.
-template <typename Add>
-bool addEntry(const QString& name, const Add& add)
+void packFile(const QString& entry, const FolderSurvey::File& file, Output& output)
 {
-    try {
-        return add();
-    } catch (const std::exception& error) {
-        throw Failure(QStringLiteral("'%1' cannot be the name of an archive's entry (%2)")
-                          .arg(name, QString::fromUtf8(error.what())));
-    }
-}
-
-void packFile(const FolderSurvey::File& file, Output& output)
-{
-    const bool isAdded = addEntry(file.name, [&] { return output.zip().addFile(file.entry, file.path); });
+    const bool isAdded = output.zip().addFile(entry, file.info.filePath());
     if (!isAdded) {
         digestOf(file); // Raises Failure if it is the file that cannot be read.
     }
-    const QFileInfo now(file.path);
-    if (now.size() != file.size || now.lastModified() != file.modified) {
-        throw Failure(QStringLiteral("'%1' changed while it was packed").arg(file.name));
+    const QFileInfo now(file.info.filePath());
+    if (now.size() != file.info.size() || now.lastModified() != file.info.lastModified()) {
+        throw Failure{u"'%1' changed while it was packed"_s.arg(file.name)};
     }
     if (!isAdded) {
         output.failToWrite();
@@ -190,20 +152,29 @@ void packFile(const FolderSurvey::File& file, Output& output)
 }
 
 /// Returns the manifest.
-QByteArray pack(const FolderSurvey& survey, Output& output, Watcher& watcher)
+QByteArray pack(const FolderSurvey& survey, Output& output, bool isQuiet)
 {
-    for (const QString& folder : survey.folders) {
-        if (!addEntry(folder, [&] { return output.zip().addFolderEntry(folder); })) {
-            output.failToWrite();
-        }
-    }
+    Watcher watcher(output.temporaryFolder(), survey.bytes, isQuiet);
     QByteArray manifest;
     qint64 packed = 0;
-    for (const FolderSurvey::File& file : survey.files) {
-        manifest += manifestLine(digestOf(file), file.name);
-        watcher.setProgress(packed, file.size);
-        packFile(file, output);
-        packed += file.size;
+    QString name;
+    try {
+        for (const QString& folder : survey.folders) {
+            name = folder;
+            if (!output.zip().addFolderEntry(folder)) {
+                output.failToWrite();
+            }
+        }
+        for (const auto& [entry, file] : survey.files.asKeyValueRange()) {
+            name = file.name;
+            watcher.setProgress(packed, file.info.size());
+            manifest += manifestLine(digestOf(file), name);
+            packFile(entry, file, output);
+            packed += file.info.size();
+        }
+    } catch (const std::exception& error) {
+        const QString reason = QString::fromUtf8(error.what());
+        throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(name, reason)};
     }
     watcher.setProgress(packed, 0);
     return manifest;
@@ -212,23 +183,19 @@ QByteArray pack(const FolderSurvey& survey, Output& output, Watcher& watcher)
 void run(const QCommandLineParser& options)
 {
     const QString archive = options.positionalArguments().last();
-    const bool isQuiet = options.isSet(latin1("quiet"));
+    const bool isQuiet = options.isSet(u"quiet"_s);
     const FolderSurvey survey = lookAtFolder(options);
     Watcher::catchSignals();
     Output output(archive);
-    for (const QString& extension : options.values(latin1("store"))) {
+    for (const QString& extension : options.values(u"store"_s)) {
         output.zip().addUncompressedExtension(extension);
     }
-    Watcher watcher(output.temporaryFolder(), survey.bytes, isQuiet);
-    const QByteArray manifest = pack(survey, output, watcher);
-    watcher.stop();
-    output.finish(manifest);
+    output.finish(pack(survey, output, isQuiet));
 
     const QLocale locale = QLocale::c();
-    const QString summary =
-        QStringLiteral("packed %1 files, %2, into '%3', %4")
-            .arg(QString::number(survey.files.size()), locale.formattedDataSize(survey.bytes), archive,
-                 locale.formattedDataSize(QFileInfo(archive).size()));
+    const QString summary = u"packed %1 files, %2, into '%3', %4"_s.arg(
+        QString::number(survey.files.size()), locale.formattedDataSize(survey.bytes), archive,
+        locale.formattedDataSize(QFileInfo(archive).size()));
     log(VelorLog::Info, summary);
     if (!isQuiet) {
         std::printf("%s\n", qUtf8Printable(summary));
@@ -250,10 +217,10 @@ int main(int argc, char* argv[])
         run(options);
         return 0;
     } catch (const Failure& error) {
-        report(VelorLog::Error, QString::fromUtf8(error.what()));
+        report(VelorLog::Error, error.text);
         return error.exitCode;
     } catch (const std::exception& error) {
         report(VelorLog::Error, QString::fromUtf8(error.what()));
-        return ExitFailure;
+        return 1;
     }
 }

@@ -36,7 +36,7 @@ def read_manifest(path):
 
 def name_in_archive(name):
     end = name.rfind("\\") if "\\" in name else name.rfind("/")
-    return (name[: max(end, 0)].lower() + name[max(end, 0) :]).replace("\\", "/")
+    return (name[:max(end, 0)].lower() + name[max(end, 0):]).replace("\\", "/")
 
 
 def files_below(folder):
