@@ -4,14 +4,13 @@
 #include <QtCore/QXmlStreamReader>
 #include <QtXml/QDomDocument>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 CatalogueItem readItem(const QDomElement& element, const QString& category, const KelbTags& categoryTags)
 {
-    CatalogueItem item{category,
-                       element.attribute(QStringLiteral("name")),
-                       element.attribute(QStringLiteral("version")),
-                       {}};
+    CatalogueItem item{category, element.attribute(u"name"_s), element.attribute(u"version"_s), {}};
     item.tags.readXML(element);
     item.tags.learnFromTags(categoryTags);
     return item;
@@ -19,10 +18,10 @@ CatalogueItem readItem(const QDomElement& element, const QString& category, cons
 
 void readCategory(const QDomElement& element, QList<CatalogueItem>& items)
 {
-    const QString name = element.attribute(QStringLiteral("name"));
+    const QString name = element.attribute(u"name"_s);
     VelorCategoryTags tags;
     tags.readXML(element);
-    const QString itemTag = QStringLiteral("Item");
+    const QString itemTag = u"Item"_s;
     for (QDomElement child = element.firstChildElement(itemTag); !child.isNull();
          child = child.nextSiblingElement(itemTag)) {
         items.append(readItem(child, name, tags));
@@ -36,9 +35,9 @@ QString xmlError(const QByteArray& xml)
     while (!reader.atEnd()) {
         reader.readNext();
     }
-    return QStringLiteral("line %1, column %2: %3")
-        .arg(QString::number(reader.lineNumber()), QString::number(reader.columnNumber()),
-             reader.errorString().simplified());
+    return u"line %1, column %2: %3"_s.arg(QString::number(reader.lineNumber()),
+                                           QString::number(reader.columnNumber()),
+                                           reader.errorString().simplified());
 }
 
 } // namespace
@@ -47,23 +46,22 @@ std::optional<QList<CatalogueItem>> loadCatalogue(const QString& path, QString& 
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("cannot open %1: %2").arg(path, file.errorString());
+        error = u"cannot open %1: %2"_s.arg(path, file.errorString());
         return {};
     }
     const QByteArray xml = file.readAll();
     QDomDocument document;
     if (!document.setContent(xml)) {
-        error = QStringLiteral("%1 is no well-formed XML: %2").arg(path, xmlError(xml));
+        error = u"%1 is no well-formed XML: %2"_s.arg(path, xmlError(xml));
         return {};
     }
     const QDomElement root = document.documentElement();
-    if (root.tagName() != QStringLiteral("Catalogue")) {
-        error =
-            QStringLiteral("%1 is no catalogue: its document element is \"%2\"").arg(path, root.tagName());
+    if (root.tagName() != u"Catalogue"_s) {
+        error = u"%1 is no catalogue: its document element is \"%2\""_s.arg(path, root.tagName());
         return {};
     }
     QList<CatalogueItem> items;
-    const QString categoryTag = QStringLiteral("Category");
+    const QString categoryTag = u"Category"_s;
     for (QDomElement child = root.firstChildElement(categoryTag); !child.isNull();
          child = child.nextSiblingElement(categoryTag)) {
         readCategory(child, items);

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const KelbSynonyms* synonymsOf(const Query& query) { return query.synonyms ? &*query.synonyms : nullptr; }
@@ -30,14 +32,14 @@ void addNode(VelorDebugTraceNode& parent, const QString& name, const QString& de
 void traceTag(VelorDebugTraceNode& parent, const QString& tag, const Query& query)
 {
     if (isLeftOut(tag, query)) {
-        addNode(parent, tag, QStringLiteral("left out: gender"));
+        addNode(parent, tag, u"left out: gender"_s);
         return;
     }
     for (const QString& asked : query.tags.getTags()) {
         if (meets(tag, asked, nullptr, false)) {
-            addNode(parent, tag + QStringLiteral(" = ") + asked, QStringLiteral("equal"));
+            addNode(parent, tag + u" = "_s + asked, u"equal"_s);
         } else if (meets(tag, asked, synonymsOf(query), query.ignoreGender)) {
-            addNode(parent, tag + QStringLiteral(" ~ ") + asked, QStringLiteral("synonyms"));
+            addNode(parent, tag + u" ~ "_s + asked, u"synonyms"_s);
         }
     }
 }
@@ -69,16 +71,14 @@ bool writeTrace(const QString& path, const QList<Hit>& hits, const Query& query)
     if (file.fileName().isEmpty()) {
         return false;
     }
-    const QString traceName = QStringLiteral("catalogue");
-    const auto root =
-        VelorDebugTrace::factory(traceName).getBaseNode(QStringLiteral("search"), query.tags.toString());
+    const QString traceName = u"catalogue"_s;
+    const auto root = VelorDebugTrace::factory(traceName).getBaseNode(u"search"_s, query.tags.toString());
     int rank = 0;
     for (const Hit& hit : hits) {
         // Children are sorted by name: a number of fixed width keeps the order of the hits.
-        const QString name = QStringLiteral("%1 %2").arg(++rank, 6, 10, QLatin1Char('0')).arg(hit.item.name);
+        const QString name = u"%1 %2"_s.arg(++rank, 6, 10, QLatin1Char('0')).arg(hit.item.name);
         const auto group = root->addGroup(
-            name,
-            QStringLiteral("%1, matches: %2").arg(hit.item.category, QString::number(hit.matches.size())));
+            name, u"%1, matches: %2"_s.arg(hit.item.category, QString::number(hit.matches.size())));
         for (const QString& tag : hit.item.tags.getTags()) {
             traceTag(*group, tag, query);
         }

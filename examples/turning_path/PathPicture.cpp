@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QSize PathSize(960, 640);
@@ -34,37 +36,29 @@ QList<double> ticks(double low, double high, double step)
     return values;
 }
 
-/// The distance of the grid's lines, such that the labels of the x axis do not touch.
-double gridStep(const QFontMetricsF& metrics, const QRectF& shown, double scale)
-{
-    constexpr double LeastDistance = 64;
-    constexpr double LeastGap = 14;
-    const double step = niceStep(LeastDistance / scale);
-    const double farthest = std::max(std::abs(shown.left()), std::abs(shown.right()));
-    const double width = metrics.horizontalAdvance(numberText(-std::floor(farthest / step) * step));
-    return niceStep(std::max(LeastDistance, width + LeastGap) / scale);
-}
-
 void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot)
 {
+    constexpr double LeastDistance = 70; // The width of a long label of the x axis, and a gap.
+    constexpr QSizeF Label(LeastDistance, 16);
     const QRectF shown = frame.inverted().mapRect(plot);
+    const double step = niceStep(LeastDistance / frame.m11());
     painter.setFont(textFont(11));
-    const double step = gridStep(QFontMetricsF(painter.font()), shown, frame.m11());
+    const auto draw = [&](const QLineF& line, const QRectF& place, int alignment, double value) {
+        painter.setPen(QPen(theme.grid, 1));
+        painter.drawLine(line);
+        painter.setPen(theme.muted);
+        painter.drawText(place, alignment, numberText(value));
+    };
     for (const double x : ticks(shown.left(), shown.right(), step)) {
         const double at = frame.map(QPointF(x, 0)).x();
-        painter.setPen(QPen(theme.grid, 1));
-        painter.drawLine(QPointF(at, plot.top()), QPointF(at, plot.bottom()));
-        painter.setPen(theme.muted);
-        painter.drawText(QRectF(at, plot.bottom() + 6, 0, 16), Qt::AlignHCenter | Qt::TextDontClip,
-                         numberText(x));
+        draw({at, plot.top(), at, plot.bottom()}, {QPointF(at - Label.width() / 2, plot.bottom() + 6), Label},
+             Qt::AlignHCenter, x);
     }
     for (const double y : ticks(shown.top(), shown.bottom(), step)) {
         const double at = frame.map(QPointF(0, y)).y();
-        painter.setPen(QPen(theme.grid, 1));
-        painter.drawLine(QPointF(plot.left(), at), QPointF(plot.right(), at));
-        painter.setPen(theme.muted);
-        painter.drawText(QRectF(plot.left() - 8, at - 8, 0, 16),
-                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip, numberText(y));
+        draw({plot.left(), at, plot.right(), at},
+             {QPointF(plot.left() - 8 - Label.width(), at - Label.height() / 2), Label},
+             Qt::AlignRight | Qt::AlignVCenter, y);
     }
 }
 
@@ -110,32 +104,33 @@ void drawRunIn(QPainter& painter, const Theme& theme, const QPointF& from, const
     drawArrow(painter, from, tip, 13);
 }
 
+void drawChord(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& to)
+{
+    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
+    painter.drawLine(from, to);
+}
+
 /// The names of the parts stand apart from them, where they cross nothing however the path runs.
 void drawLegend(QPainter& painter, const Theme& theme, QPointF at)
 {
     const QPointF middle(13, 0);
     const QPointF right(26, 0);
-    const auto write = [&](const QString& name) {
-        painter.setFont(textFont(13));
-        painter.setPen(theme.ink);
-        painter.drawText(at + QPointF(33, 5), name);
-        at.rx() += 55 + painter.fontMetrics().horizontalAdvance(name);
+    const std::pair<const char*, std::function<void()>> parts[] = {
+        {"start", [&] { drawStart(painter, theme, at + middle); }},
+        {"target", [&] { drawTarget(painter, theme, at + middle); }},
+        {"knot", [&] { drawKnot(painter, theme, at + middle); }},
+        {"tangent", [&] { drawTangent(painter, theme, at, at + right); }},
+        {"control point", [&] { drawControl(painter, theme, at + middle); }},
+        {"run-in", [&] { drawRunIn(painter, theme, at, at + right); }},
+        {"chord", [&] { drawChord(painter, theme, at, at + right); }},
     };
-    drawStart(painter, theme, at + middle);
-    write(QStringLiteral("start"));
-    drawTarget(painter, theme, at + middle);
-    write(QStringLiteral("target"));
-    drawKnot(painter, theme, at + middle);
-    write(QStringLiteral("knot"));
-    drawTangent(painter, theme, at, at + right);
-    write(QStringLiteral("tangent"));
-    drawControl(painter, theme, at + middle);
-    write(QStringLiteral("control point"));
-    drawRunIn(painter, theme, at, at + right);
-    write(QStringLiteral("run-in"));
-    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
-    painter.drawLine(at, at + right);
-    write(QStringLiteral("chord"));
+    painter.setFont(textFont(13));
+    for (const auto& [name, draw] : parts) {
+        draw();
+        painter.setPen(theme.ink);
+        painter.drawText(at + QPointF(33, 5), QString::fromLatin1(name));
+        at.rx() += 55 + painter.fontMetrics().horizontalAdvance(QString::fromLatin1(name));
+    }
 }
 
 /// The knots from the first on that lie at least `distance` apart in the picture.
@@ -173,8 +168,7 @@ void drawPath(QPainter& painter, const Theme& theme, const QTransform& frame, co
     const QPointF first = frame.map(path.firstControl);
     const QPointF second = frame.map(path.secondControl);
     const QPointF target = frame.map(path.target);
-    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
-    painter.drawLine(curve.first(), curve.last());
+    drawChord(painter, theme, curve.first(), curve.last());
     painter.setPen(QPen(theme.control, 1.2));
     painter.drawPolyline(QPolygonF{curve.first(), first, second, curve.last()});
     painter.setPen(QPen(theme.curve, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
@@ -193,13 +187,11 @@ void drawPath(QPainter& painter, const Theme& theme, const QTransform& frame, co
 
 Picture pathPicture(const PathOptions& options)
 {
-    const QString description =
-        QStringLiteral("heading %1°   bulge %2   handle %3   run-in %4   %5 segment%6")
-            .arg(numberText(double(options.heading)), numberText(double(options.bulge)),
-                 numberText(double(options.handle)), numberText(double(options.runIn)),
-                 numberText(options.segments), options.segments == 1 ? QString() : QStringLiteral("s"));
-    return {QStringLiteral("Turning path"), description, PathSize,
-            [options](QPainter& painter, const Theme& theme) {
+    const QString description = u"heading %1°   bulge %2   handle %3   run-in %4   %5 segment%6"_s.arg(
+        numberText(double(options.heading)), numberText(double(options.bulge)),
+        numberText(double(options.handle)), numberText(double(options.runIn)), numberText(options.segments),
+        options.segments == 1 ? QString() : u"s"_s);
+    return {u"Turning path"_s, description, PathSize, [options](QPainter& painter, const Theme& theme) {
                 const double top = Picture::Margin + Picture::TitleHeight;
                 const QRectF plot(QPointF(Picture::Margin + AxisRoom, top + LegendHeight),
                                   QPointF(PathSize.width() - 52, PathSize.height() - 52));

@@ -1,6 +1,7 @@
 #include "Picture.h"
 
 #include <QtCore/QBuffer>
+#include <QtCore/QFileInfo>
 #include <QtCore/QLineF>
 #include <QtCore/QSaveFile>
 #include <QtGui/QImage>
@@ -8,6 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -74,12 +77,16 @@ Theme Theme::dark()
 
 QString savePicture(const QString& name, const Picture& picture, const Theme& theme)
 {
+    // QSaveFile would put a file in the place of a device or a pipe.
+    if (const QFileInfo older(name); older.exists() && !older.isFile()) {
+        return u"It is no regular file"_s;
+    }
     // QSvgGenerator does not check how much of its text a file takes.
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     const auto write = name.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? writePng : writeSvg;
     if (!write(buffer, picture, theme)) {
-        return QStringLiteral("there is not enough memory for the picture");
+        return u"There is not enough memory for the picture"_s;
     }
     QSaveFile file(name);
     // Unbuffered, since commit() of Qt 6.4 does not report that its last flush failed.
@@ -113,7 +120,7 @@ QString numberText(double number)
 
 QFont textFont(int pixels, bool bold)
 {
-    QFont font(QStringLiteral("sans-serif"));
+    QFont font(u"sans-serif"_s);
     font.setStyleHint(QFont::SansSerif);
     font.setPixelSize(pixels);
     font.setBold(bold);

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QSize SheetSize(960, 664);
@@ -26,10 +28,10 @@ bool isStraight(double bow) { return std::abs(bow) < 0.005; }
 QString bowText(double bow)
 {
     if (isStraight(bow)) {
-        return QStringLiteral("no bow");
+        return u"no bow"_s;
     }
-    const QString side = bow > 0 ? QStringLiteral("right") : QStringLiteral("left");
-    return QStringLiteral("bows %1 %2").arg(side).arg(std::abs(bow), 0, 'f', 2);
+    const QString side = bow > 0 ? u"right"_s : u"left"_s;
+    return u"bows %1 %2"_s.arg(side).arg(std::abs(bow), 0, 'f', 2);
 }
 
 QColor bowColor(const Theme& theme, double bow)
@@ -48,7 +50,7 @@ void drawCell(QPainter& painter, const Theme& theme, const QRectF& cell, int hea
     const QRectF line(cell.left() + 14, cell.top() + 10, cell.width() - 28, 20);
     painter.setPen(theme.ink);
     painter.setFont(textFont(15, true));
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, QStringLiteral("%1°").arg(heading));
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, u"%1°"_s.arg(heading));
     painter.setPen(bowColor(theme, bow));
     painter.setFont(textFont(12));
     painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, bowText(bow));
@@ -81,9 +83,9 @@ void drawSmallPath(QPainter& painter, const Theme& theme, const QTransform& fram
 Picture sheetPicture(const PathOptions& options)
 {
     const QString description =
-        QStringLiteral("bulge %1   handle %2   run-in %3   dashed: the chord   arrow: the run-in")
-            .arg(numberText(double(options.bulge)), numberText(double(options.handle)),
-                 numberText(double(options.runIn)));
+        u"bulge %1   handle %2   run-in %3   dashed: the chord   arrow: the run-in"_s.arg(
+            numberText(double(options.bulge)), numberText(double(options.handle)),
+            numberText(double(options.runIn)));
     const auto draw = [options](QPainter& painter, const Theme& theme) {
         QList<TurningPath> paths;
         QPolygonF all;
@@ -98,5 +100,5 @@ Picture sheetPicture(const PathOptions& options)
                           paths[i]);
         }
     };
-    return {QStringLiteral("Turning curves by heading"), description, SheetSize, draw};
+    return {u"Turning curves by heading"_s, description, SheetSize, draw};
 }

@@ -11,24 +11,22 @@
 #include <cmath>
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-enum ExitCode
-{
-    Done = 0,
-    NotWritten = 1,
-    WrongUsage = 2
-};
+constexpr int WrongUsage = 2;
 
-/// A mistake of the command line, as one line.
-struct UsageError
+/// Ends the program with one line on standard error.
+struct Failure
 {
     QString text;
+    int exitCode = WrongUsage;
 };
 
 /// The `count` numbers of an option; `form` tells the user what it takes.
-QList<float> numbers(const QCommandLineParser& parser, const QString& option, qsizetype count,
-                     const char* form)
+QList<float> numbers(const QCommandLineParser& parser, const QString& option, qsizetype count = 1,
+                     const char* form = "a number from -1000000 to 1000000")
 {
     // Beyond this, single precision has too few places apart to draw them.
     constexpr float Largest = 1e6F;
@@ -41,15 +39,9 @@ QList<float> numbers(const QCommandLineParser& parser, const QString& option, qs
         isGood = isGood && isNumber && std::abs(values.last()) <= Largest;
     }
     if (!isGood || values.size() != count) {
-        throw UsageError{
-            QStringLiteral("--%1 takes %2, not '%3'").arg(option, QString::fromLatin1(form), text)};
+        throw Failure{u"--%1 takes %2, not '%3'"_s.arg(option, QString::fromLatin1(form), text)};
     }
     return values;
-}
-
-float number(const QCommandLineParser& parser, const QString& option)
-{
-    return numbers(parser, option, 1, "a number from -1000000 to 1000000").first();
 }
 
 TVec2d<float> point(const QCommandLineParser& parser, const QString& option)
@@ -65,7 +57,7 @@ void describe(QCommandLineParser& parser)
         parser.addOption({QString::fromLatin1(name), QString::fromLatin1(description),
                           QString::fromLatin1(value), QString::fromLatin1(standard)});
     };
-    parser.setApplicationDescription(QStringLiteral("Draws turning curves as a picture."));
+    parser.setApplicationDescription(u"Draws turning curves as a picture."_s);
     add("out", "The picture: a name that ends in .svg or .png.", "file");
     add("start", "Where the path begins (0,0).", "x,y", "0,0");
     add("target", "Where it ends (10,0).", "x,y", "10,0");
@@ -85,47 +77,40 @@ void describe(QCommandLineParser& parser)
 PathOptions readPath(const QCommandLineParser& parser)
 {
     constexpr int MostSegments = 10000;
-    PathOptions path;
-    path.start = point(parser, QStringLiteral("start"));
-    path.target = point(parser, QStringLiteral("target"));
-    path.heading = number(parser, QStringLiteral("heading"));
-    path.bulge = number(parser, QStringLiteral("bulge"));
-    path.handle = number(parser, QStringLiteral("handle"));
-    path.runIn = number(parser, QStringLiteral("run-in"));
-    const QString segments = parser.value(QStringLiteral("segments"));
-    path.segments = segments.toInt();
+    const QString segments = parser.value(u"segments"_s);
+    const PathOptions path = {.start = point(parser, u"start"_s),
+                              .target = point(parser, u"target"_s),
+                              .heading = numbers(parser, u"heading"_s).first(),
+                              .bulge = numbers(parser, u"bulge"_s).first(),
+                              .handle = numbers(parser, u"handle"_s).first(),
+                              .runIn = numbers(parser, u"run-in"_s).first(),
+                              .segments = segments.toInt()};
     if (path.segments < 1 || path.segments > MostSegments) {
-        throw UsageError{
-            QStringLiteral("--segments takes a whole number from 1 to 10000, not '%1'").arg(segments)};
+        throw Failure{u"--segments takes a whole number from 1 to 10000, not '%1'"_s.arg(segments)};
     }
     return path;
 }
 
-/// The file that the picture goes to.
-QString readOut(const QCommandLineParser& parser)
+void run(const QCommandLineParser& parser)
 {
-    if (!parser.positionalArguments().isEmpty()) {
-        throw UsageError{
-            QStringLiteral("'%1' belongs to no option").arg(parser.positionalArguments().first())};
+    if (const QStringList strays = parser.positionalArguments(); !strays.isEmpty()) {
+        throw Failure{u"'%1' belongs to no option"_s.arg(strays.first())};
     }
-    QString out = parser.value(QStringLiteral("out"));
-    const QString suffix = QFileInfo(out).suffix().toLower();
-    if (suffix != QLatin1String("svg") && suffix != QLatin1String("png")) {
-        throw UsageError{
-            QStringLiteral("--out takes a file name that ends in .svg or .png, not '%1'").arg(out)};
+    const QString out = parser.value(u"out"_s);
+    if (!QStringList{u"svg"_s, u"png"_s}.contains(QFileInfo(out).suffix(), Qt::CaseInsensitive)) {
+        throw Failure{u"--out takes a file name that ends in .svg or .png, not '%1'"_s.arg(out)};
     }
-    return out;
-}
-
-Picture readPicture(const QCommandLineParser& parser)
-{
     const PathOptions path = readPath(parser);
-    const bool isSheet = parser.isSet(QStringLiteral("sheet"));
-    const bool isEasing = parser.isSet(QStringLiteral("easing"));
+    const bool isSheet = parser.isSet(u"sheet"_s);
+    const bool isEasing = parser.isSet(u"easing"_s);
     if (isSheet && isEasing) {
-        throw UsageError{QStringLiteral("--sheet and --easing are two pictures: ask for one of them")};
+        throw Failure{u"--sheet and --easing are two pictures: ask for one of them"_s};
     }
-    return isSheet ? sheetPicture(path) : isEasing ? easingPicture() : pathPicture(path);
+    const Picture picture = isSheet ? sheetPicture(path) : isEasing ? easingPicture() : pathPicture(path);
+    const Theme theme = parser.isSet(u"dark"_s) ? Theme::dark() : Theme::light();
+    if (const QString reason = savePicture(out, picture, theme); !reason.isEmpty()) {
+        throw Failure{u"cannot write %1: %2"_s.arg(out, reason), 1};
+    }
 }
 
 /// The program opens no window, so that it needs no display; on Linux Qt would ask for one.
@@ -136,12 +121,6 @@ void runWithoutDisplay()
     }
 }
 
-int fail(ExitCode code, const QString& message)
-{
-    std::fprintf(stderr, "turning_path: %s\n", qPrintable(message));
-    return code;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -149,24 +128,21 @@ int main(int argc, char** argv)
     runWithoutDisplay();
     // Standard error is for this program's lines, not for Qt's notes on a missing session folder and the
     // like.
-    QLoggingCategory::setFilterRules(QStringLiteral("*.warning=false"));
+    QLoggingCategory::setFilterRules(u"*.warning=false"_s);
     const QGuiApplication application(argc, argv);
-    QGuiApplication::setApplicationName(QStringLiteral("turning_path"));
+    QGuiApplication::setApplicationName(u"turning_path"_s);
     QGuiApplication::setApplicationVersion(VelorVersion::current().toString());
-
-    QCommandLineParser parser;
-    describe(parser);
-    if (!parser.parse(QGuiApplication::arguments())) {
-        return fail(WrongUsage, parser.errorText());
-    }
-    parser.process(application);
     try {
-        const QString out = readOut(parser);
-        const Theme theme = parser.isSet(QStringLiteral("dark")) ? Theme::dark() : Theme::light();
-        const QString reason = savePicture(out, readPicture(parser), theme);
-        return reason.isEmpty() ? Done
-                                : fail(NotWritten, QStringLiteral("cannot write %1: %2").arg(out, reason));
-    } catch (const UsageError& error) {
-        return fail(WrongUsage, error.text);
+        QCommandLineParser parser;
+        describe(parser);
+        if (!parser.parse(QGuiApplication::arguments())) {
+            throw Failure{parser.errorText()};
+        }
+        parser.process(application); // Help and version.
+        run(parser);
+        return 0;
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "turning_path: %s\n", qPrintable(failure.text));
+        return failure.exitCode;
     }
 }
