@@ -15,7 +15,7 @@ QString nameOf(const fs::path& path, const fs::path& root)
 {
     const std::u8string relative = path.lexically_relative(root).generic_u8string();
     const QByteArray bytes(reinterpret_cast<const char*>(relative.data()), qsizetype(relative.size()));
-    const QString name = QString::fromUtf8(bytes);
+    QString name = QString::fromUtf8(bytes);
     if (name.toUtf8() != bytes) {
         throw Failure{u"'%1' cannot be packed: its name is no valid UTF-8"_s.arg(name)};
     }
