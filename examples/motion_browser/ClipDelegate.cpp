@@ -36,10 +36,11 @@ QColor textColour(const QStyleOptionViewItem& option)
     return option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text);
 }
 
-/// The colour of the second line: the text's own, with something of the ground.
-QColor fainter(QColor text)
+/// The colour of the second line: the text's own, with something of the ground, or all of it on a selection,
+/// whose ground may be too near to it.
+QColor fainter(QColor text, const QStyleOptionViewItem& option)
 {
-    text.setAlphaF(0.65F);
+    text.setAlphaF(option.state.testFlag(QStyle::State_Selected) ? 1.0F : 0.65F);
     return text;
 }
 
@@ -69,7 +70,7 @@ void paintText(QPainter* painter, const QStyleOptionViewItem& option, const QRec
     const QColor colour = textColour(option);
     painter->setPen(colour);
     paintLine(painter, option, lines.adjusted(0, 0, 0, -half), Qt::AlignBottom, index.data().toString());
-    painter->setPen(fainter(colour));
+    painter->setPen(fainter(colour, option));
     paintLine(painter, option, lines.adjusted(0, half, 0, 0), Qt::AlignTop,
               index.data(ClipModel::TagsRole).toString());
 }

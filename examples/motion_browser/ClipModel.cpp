@@ -24,6 +24,15 @@ QString shortList(const QList<Clip>& clips)
     return names.join(QStringLiteral(", "));
 }
 
+/// The whole name, which a list may elide, and the tags. What looks like a tag of HTML is shown as it is, for
+/// a tooltip would load the images that it names.
+QString toolTip(const Clip& clip)
+{
+    // A name that is wider than the screen may be broken behind each underscore.
+    const QString name = shownText(clip.name).replace(u'_', QStringLiteral("_\u200B"));
+    return Qt::convertFromPlainText(name + u'\n' + shownText(clip.tags.toString()), Qt::WhiteSpaceNormal);
+}
+
 } // namespace
 
 ClipModel::ClipModel(Kind kind, QObject* parent)
@@ -61,10 +70,7 @@ QVariant ClipModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return shownText(clip.name);
     case Qt::ToolTipRole:
-        // A tooltip takes what looks like a tag for rich text, and loads the images that it names.
-        return Qt::convertFromPlainText(data(index, Qt::DisplayRole).toString() + u'\n' +
-                                            data(index, TagsRole).toString(),
-                                        Qt::WhiteSpaceNormal);
+        return toolTip(clip);
     case TagsRole:
     case Qt::AccessibleDescriptionRole:
         return shownText(clip.tags.toString());

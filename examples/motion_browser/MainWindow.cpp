@@ -210,8 +210,7 @@ void MainWindow::removeSelection()
     const qsizetype count = mPlaylistView->sortedSelection().size();
     if (count > 0) {
         mPlaylistView->removeSelection();
-        VelorLogManager::getSingleton().logMessage(
-            QStringLiteral("Removed %1 from the playlist").arg(clipCount(count)).toStdString());
+        logInfo(QStringLiteral("Removed %1 from the playlist").arg(clipCount(count)));
     }
 }
 

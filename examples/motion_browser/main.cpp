@@ -7,6 +7,7 @@
 #include <QtCore/QStandardPaths>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStyleFactory>
+#include <QtWidgets/QToolTip>
 
 #include <algorithm>
 #include <cstdio>
@@ -30,6 +31,7 @@ const QCommandLineOption LogFolderOption(QStringLiteral("log-folder"),
                                          QStringLiteral("FOLDER"));
 const QCommandLineOption DarkOption(QStringLiteral("dark"),
                                     QStringLiteral("Use a dark palette instead of the desktop's."));
+
 /// --help and --version answer where there is no display, too.
 void needNoDisplayForHelp(int argc, char* argv[])
 {
@@ -66,7 +68,10 @@ void useDarkPalette()
         dark.setColor(role, text);
         dark.setColor(QPalette::Disabled, role, QColor(0x7A7D83));
     }
+    dark.setColor(QPalette::ToolTipBase, dark.color(QPalette::Button));
+    dark.setColor(QPalette::ToolTipText, text);
     QApplication::setPalette(dark);
+    QToolTip::setPalette(dark);
 }
 
 int fail(const QString& message, int exitCode)

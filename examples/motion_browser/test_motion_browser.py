@@ -1,10 +1,8 @@
 #!/usr/bin/env python3
-"""Drives motion_browser on a virtual display by pointer and keyboard, as its users do: within one window, between the
-windows of two processes, and with text that looks like markup. What the windows show is read over the accessibility
-bus, by the names that a screen reader speaks.
+"""Drives motion_browser on a virtual display by pointer and keyboard, as its users do, within one window and between
+the windows of two processes. What the windows show is read over the accessibility bus.
 
-Every step waits until the programs show or log what it needs before the next one begins, with a limit that a busy
-machine does not reach. Nothing that was refused is tried again.
+Every step waits until the programs show or log what it needs before the next one begins.
 
 Usage: test_motion_browser.py MOTION_BROWSER
 
@@ -14,25 +12,25 @@ import contextlib
 import os
 import pathlib
 import shutil
-import signal
 import subprocess
 import sys
 import tempfile
 import time
 from xml.sax.saxutils import quoteattr
 
-with contextlib.suppress(ImportError, ValueError):
+try:
     import gi
     gi.require_version("Atspi", "2.0")
     from gi.repository import Atspi, GLib
+except (ImportError, ValueError):
+    Atspi = None
 
 PATIENCE = 60
-TIME_LIMIT = 280
 # Two clicks at one place that are farther apart in time, by the clock of the display, are two clicks.
 DOUBLE_CLICK = 0.5
 STANDSTILL = 1.0
-# How long the test watches for something that must not happen.
-QUIET = 0.5
+# Where a long name may be broken, which nobody sees.
+BREAK = "\u200b"
 STEPS = 8
 SKIPPED = 77
 SAMPLE = pathlib.Path(__file__).resolve().parent.parent / "catalogue" / "data" / "catalogue.xml"
@@ -60,12 +58,12 @@ class Display:
     def do(self, *command):
         self.try_to(*command).check_returncode()
 
-    def click(self, place, *modifiers):
-        for key in modifiers:
-            self.do("keydown", key)
-        self.do("mousemove", *middle(place), "click", 1)
-        for key in modifiers:
-            self.do("keyup", key)
+    def click(self, place):
+        # No double click with the one before.
+        self.do("sleep", DOUBLE_CLICK, "mousemove", *middle(place), "click", 1)
+
+    def press(self, place):
+        self.do("sleep", DOUBLE_CLICK, "mousemove", *middle(place), "mousedown", 1)
 
     def move(self, start_point, end_point):
         """As a hand does, so that every window on the way receives the motion."""
@@ -91,12 +89,9 @@ class Browser:
         self.wait("the window to stand still", self.stands_still)
 
     def stands_still(self):
-        try:
-            before = self.place("Playlist")
-            time.sleep(STANDSTILL)
-            return before == self.place("Playlist")
-        except LookupError:
-            return False
+        before = self.place("Playlist")
+        time.sleep(STANDSTILL)
+        return before == self.place("Playlist")
 
     def application(self):
         assert self.process.poll() is None, f"motion_browser ended with {self.process.returncode}"
@@ -112,27 +107,21 @@ class Browser:
     def place(self, name):
         return extents(self.part(name))
 
-    def rows(self, view, count):
-        """The first clips of a view, each with its name and place."""
-        items = children(self.part(view))[:count]
-        return [(item.get_name(), extents(item)) for item in items]
+    def row(self, view, number):
+        return extents(self.part(view).get_child_at_index(number))
 
     def names(self, view):
         return [item.get_name() for item in children(self.part(view))]
 
     def selection(self, view):
-        return [item.get_name() for item in children(self.part(view))
-                if item.get_state_set().contains(Atspi.StateType.SELECTED)]
+        return [item.get_name() for item in children(self.part(view)) if has_state(item, Atspi.StateType.SELECTED)]
 
     def has_focus(self, name):
-        return self.part(name).get_state_set().contains(Atspi.StateType.FOCUSED)
+        return has_state(self.part(name), Atspi.StateType.FOCUSED)
 
     def texts(self):
         """What all labels of the program show, the tooltip among them."""
         return [node.get_name() for node in descendants(self.application())]
-
-    def playlist(self):
-        return self.names("Playlist")
 
     def log(self):
         return "".join(path.read_text(encoding="utf-8") for path in sorted(self.folder.glob("*.log")))
@@ -145,8 +134,8 @@ class Browser:
     def wait(self, what, is_so, meanwhile=lambda: None):
         wait(what, is_so, meanwhile, lambda: f"; texts {self.texts()}; log:\n{self.log()}")
 
-    def wait_for_log(self, text, count=1, meanwhile=lambda: None):
-        self.wait(f"'{text}' in the log", lambda: self.log().count(text) >= count, meanwhile)
+    def wait_for_log(self, text, meanwhile=lambda: None):
+        self.wait(f"'{text}'", lambda: text in self.log(), meanwhile)
 
     def wait_for_names(self, view, names):
         self.wait(f"the {view} {names}", lambda: self.names(view) == names)
@@ -168,6 +157,10 @@ def descendants(node):
         yield from descendants(child)
 
 
+def has_state(node, state):
+    return node.get_state_set().contains(state)
+
+
 def extents(node):
     box = node.get_extents(Atspi.CoordType.SCREEN)
     return box.x, box.y, box.width, box.height
@@ -177,7 +170,7 @@ def wait(what, is_so, meanwhile=lambda: None, details=lambda: ""):
     deadline = time.monotonic() + PATIENCE
     while True:
         # What is being taken off the bus answers with an error, and a program that has just started is not on it yet.
-        with contextlib.suppress(StopIteration, *([GLib.Error] if "GLib" in globals() else [])):
+        with contextlib.suppress(LookupError, StopIteration, GLib.Error):
             if is_so():
                 return
         assert time.monotonic() < deadline, f"waited in vain for {what}{details()}"
@@ -187,12 +180,8 @@ def wait(what, is_so, meanwhile=lambda: None, details=lambda: ""):
 
 def start(stack, command, **options):
     process = subprocess.Popen(command, **options)
-
-    def stop():
-        process.terminate()
-        process.wait(PATIENCE)
-
-    stack.callback(stop)
+    stack.callback(process.wait, PATIENCE)
+    stack.callback(process.terminate)
     return process
 
 
@@ -201,119 +190,60 @@ def middle(place):
     return x + width // 2, y + height // 2
 
 
-def select(display, browser, count):
-    """Selects the first clips of the catalogue; returns their names and a point on the second of them."""
-    time.sleep(DOUBLE_CLICK)
-    rows = browser.rows("Catalogue", count)
-    display.click(rows[0][1])
-    if count > 1:
-        display.click(rows[-1][1], "shift")
-    return [name for name, _ in rows], middle(rows[min(1, count - 1)][1])
-
-
-def pull(display, browser, count, point):
-    """Presses the button on a selected clip and pulls until a drag has begun; the button stays down."""
-    dragging = "Dragging 1 clip" if count == 1 else f"Dragging {count} clips"
-    earlier = browser.log().count(dragging)
-    away = (point[0] + 40, point[1] + 10)
-    time.sleep(DOUBLE_CLICK)
-    display.do("mousemove", *point, "mousedown", 1)
-    display.move(point, away)
-    browser.wait_for_log(dragging, earlier + 1, lambda: display.tremble(away))
-    return away
-
-
-def lift(display, browser, count):
-    """Selects the first clips of the catalogue and starts to drag them."""
-    names, point = select(display, browser, count)
-    return names, pull(display, browser, count, point)
-
-
-def carry(display, source, target, point):
-    """Moves what is dragged over the playlist of `target`, until that has welcomed it. The way leads over the logs,
-    which welcome nothing, so that the answer is the playlist's."""
-    end = middle(target.place("Playlist"))
-    height = middle(source.place("Log"))[1]
-    refusing = (point[0], height)
-    display.move(point, refusing)
+def drag(display, source, place, target, log_line):
+    """Drags what is selected from `place` to the playlist of `target`. The way leads over the logs, which welcome
+    nothing, so that the answer that is waited for is the playlist's."""
+    x, y, width, height = target.place("Playlist")
+    start_point, end = middle(place), (x + width // 2, y + height * 3 // 4)  # behind the last clip
+    log = middle(source.place("Log"))[1]
+    away, refusing = (start_point[0] + 40, start_point[1] + 10), (start_point[0], log)
+    display.press(place)
+    display.move(start_point, away)
+    source.wait_for_log(log_line, lambda: display.tremble(away))
+    display.move(away, refusing)
     source.wait("the log to refuse clips", lambda: not source.welcomes(), lambda: display.tremble(refusing))
-    display.move(refusing, (end[0], height))
-    display.move((end[0], height), end)
+    display.move(refusing, (end[0], log))
+    display.move((end[0], log), end)
     source.wait("the playlist to welcome clips", source.welcomes, lambda: display.tremble(end))
-
-
-def clips_dragged_within_one_window_are_copied(display, first, _):
-    names, point = lift(display, first, 2)
-    carry(display, first, first, point)
     display.do("mouseup", 1)
-    first.wait_for_names("Playlist", names)
-    first.wait_for_log("Dragged 2 clips: copied")
-
-
-def clips_dragged_within_the_playlist_are_moved(display, first, _):
-    before = first.playlist()
-    _, place = first.rows("Playlist", 1)[0]
-    display.click(place)
-    point = pull(display, first, 1, middle(place))
-    carry(display, first, first, point)
-    display.do("mouseup", 1)
-    first.wait_for_names("Playlist", before[1:] + before[:1])
-    first.wait_for_log("Dragged 1 clip: moved")
 
 
 def clips_dragged_to_another_process_are_copied(display, first, second):
-    names, point = lift(display, first, 5)
-    carry(display, first, second, point)
-    display.do("mouseup", 1)
+    names = first.names("Catalogue")
+    display.click(first.row("Catalogue", 0))
+    display.do("key", "shift+Down", "key", "shift+Down")
+    first.wait_for_selection("Catalogue", names)
+    drag(display, first, first.row("Catalogue", 1), second, "Dragging 3 clips")
     second.wait_for_names("Playlist", names)
-    first.wait_for_log("Dragged 5 clips: copied")
+    first.wait_for_log("Dragged 3 clips: copied")
+    assert first.names("Playlist") == [] and first.names("Catalogue") == names
 
 
 def markup_of_another_process_is_shown_as_it_is(display, _, second):
     """The tooltip shows the name and the tags of the clip; loading what they name would stop the window for ever."""
-    name, place = second.rows("Playlist", 1)[0]
+    name, place = second.names("Playlist")[0], second.row("Playlist", 0)
     assert name.startswith("<img src="), name
-    point = middle(place)
     # Only an active window shows tooltips.
     display.click(place)
-    second.wait("the literal tooltip", lambda: f"{name}\n{name}, markup" in second.texts(),
-                lambda: (display.tremble(point), time.sleep(1)))
+    second.wait("the literal tooltip",
+                lambda: f"{name}\n{name}, markup" in [text.replace(BREAK, "") for text in second.texts()],
+                lambda: (display.tremble(middle(place)), time.sleep(1)))
 
 
-def escape_cancels_a_drag(display, first, second):
-    before = second.playlist()
-    _, point = lift(display, first, 4)
-    carry(display, first, second, point)
-    display.do("key", "Escape")
-    first.wait_for_log("Dragged 4 clips: not dropped")
-    display.do("mouseup", 1)
-    time.sleep(QUIET)
-    assert second.playlist() == before, second.playlist()
-
-
-def foreign_data_is_refused(display, first, second):
-    before = first.playlist()
-    search = second.place("Search")
-    display.click(search)
-    display.do("type", "m" * 60)
-    second.wait_for_names("Catalogue", [])
-    assert second.part("Catalogue").get_description() == "No clip meets all these words"
-    display.do("key", "ctrl+a")
-    point, end = middle(search), middle(first.place("Playlist"))
-    time.sleep(DOUBLE_CLICK)
-    display.do("mousemove", *point, "mousedown", 1)
-    display.move(point, end)
-    first.wait_for_log("The playlist takes clips alone, not text/plain", meanwhile=lambda: display.tremble(end))
-    display.do("mouseup", 1)
-    time.sleep(QUIET)
-    assert first.playlist() == before, first.playlist()
+def clips_dragged_within_the_playlist_are_moved(display, _, second):
+    before = second.names("Playlist")
+    drag(display, second, second.row("Playlist", 0), second, "Dragging 1 clip")
+    second.wait_for_names("Playlist", before[1:] + before[:1])
+    second.wait_for_log("Dragged 1 clip: moved")
 
 
 def the_keyboard_leads_from_search_to_playlist_and_back(display, _, second):
-    before = second.playlist()
+    before = second.names("Playlist")
     display.click(second.place("Search"))
-    display.do("key", "ctrl+a")
-    display.do("type", "stroll, joyful")
+    display.do("type", "stroll, joyful, no such word")
+    second.wait_for_names("Catalogue", [])
+    assert second.part("Catalogue").get_description() == "No clip meets all these words"
+    display.do("key", "ctrl+a", "type", "stroll, joyful")
     second.wait_for_names("Catalogue", ["Stroll_Park"])
     display.do("key", "Return")
     second.wait_for_selection("Catalogue", ["Stroll_Park"])
@@ -325,14 +255,14 @@ def the_keyboard_leads_from_search_to_playlist_and_back(display, _, second):
     second.wait_for_selection("Playlist", before[-1:])
     display.do("key", "Home", "key", "Delete")
     second.wait_for_selection("Playlist", before[1:2])
-    assert second.playlist() == before[1:]
+    assert second.names("Playlist") == before[1:]
     display.do("key", "alt+s")
     second.wait("the focus in the search", lambda: second.has_focus("Search"))
 
 
-def debug_messages_stay_out_of_the_window(_display, first, _):
+def the_log_pane_shows_no_debug_messages(_display, first, _):
     shown = Atspi.Text.get_text(first.part("Log"), 0, -1)
-    assert "Dragged 2 clips" in shown and "A drop here" not in shown and "A drop here" in first.log(), shown
+    assert "Dragged 3 clips" in shown and "A drop here" not in shown and "A drop here" in first.log(), shown
 
 
 def closing_ends_well(display, first, second):
@@ -343,10 +273,9 @@ def closing_ends_well(display, first, second):
         assert browser.process.wait(PATIENCE) == 0, browser.process.returncode
 
 
-STORIES = [clips_dragged_within_one_window_are_copied, clips_dragged_within_the_playlist_are_moved,
-           clips_dragged_to_another_process_are_copied, markup_of_another_process_is_shown_as_it_is,
-           escape_cancels_a_drag, foreign_data_is_refused, the_keyboard_leads_from_search_to_playlist_and_back,
-           debug_messages_stay_out_of_the_window, closing_ends_well]
+STORIES = [clips_dragged_to_another_process_are_copied, markup_of_another_process_is_shown_as_it_is,
+           clips_dragged_within_the_playlist_are_moved, the_keyboard_leads_from_search_to_playlist_and_back,
+           the_log_pane_shows_no_debug_messages, closing_ends_well]
 
 
 def without_a_display_one_line_tells_so(program):
@@ -355,13 +284,9 @@ def without_a_display_one_line_tells_so(program):
     assert (done.returncode, done.stderr.count("\n")) == (1, 1) and "no display" in done.stderr, done
 
 
-def out_of_time(*_):
-    raise TimeoutError(f"not done after {TIME_LIMIT} seconds")
-
-
 def main():
     tools = ("Xvfb", "xdotool", "openbox", "dbus-run-session")
-    missing = [tool for tool in tools if not shutil.which(tool)] + ([] if "Atspi" in globals() else ["Atspi"])
+    missing = [tool for tool in tools if not shutil.which(tool)] + ([] if Atspi else ["Atspi"])
     if missing:
         print(f"SKIPPED: {', '.join(missing)} not installed (Debian: xvfb xdotool openbox dbus at-spi2-core "
               "gir1.2-atspi-2.0 python3-gi)")
@@ -374,8 +299,6 @@ def main():
                            **{name: os.environ[name] for name in ("PATH", "ASAN_OPTIONS", "LSAN_OPTIONS")
                               if name in os.environ}}
             return subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment).returncode
-    signal.signal(signal.SIGALRM, out_of_time)
-    signal.alarm(TIME_LIMIT)
     without_a_display_one_line_tells_so(sys.argv[1])
     Atspi.get_desktop(0).set_cache_mask(Atspi.Cache.NONE)
     with contextlib.ExitStack() as stack:
@@ -383,9 +306,8 @@ def main():
         os.mkfifo(f"{folder}/pipe")
         markup = quoteattr(f"<img src='{folder}/pipe'>")
         catalogue = pathlib.Path(folder, "catalogue.xml")
-        category = f'<Category categoryTags="markup"><Item name={markup} tags={markup}/></Category>'
-        catalogue.write_text(SAMPLE.read_text(encoding="utf-8").replace("<Catalogue>", "<Catalogue>" + category),
-                             encoding="utf-8")
+        catalogue.write_text(f'<Catalogue><Category categoryTags="markup"><Item name={markup} tags={markup}/>'
+                             '<Item name="Walk"/><Item name="Run"/></Category></Catalogue>', encoding="utf-8")
         display = Display(stack)
         first = Browser(stack, display, sys.argv[1], f"{folder}/first", 30, catalogue)
         second = Browser(stack, display, sys.argv[1], f"{folder}/second", 820, SAMPLE)
