@@ -11,9 +11,9 @@
 class QDebug;
 class QDomElement;
 
-/// One group of words that mean the same. The words are kept in lower case (QString::toLower), in the order
-/// in which they came, duplicates and empty words included. A plain, implicitly shared value; a moved-from
-/// group has no words.
+/// One group of words that mean the same, read from XML alone. The words are kept in lower case
+/// (QString::toLower), in the order in which they came, duplicates and empty words included. A plain,
+/// implicitly shared value; a moved-from group has no words.
 class VELOR_BASE_EXPORT KelbSynonym
 {
 public:
@@ -51,7 +51,7 @@ private:
 Q_DECLARE_SHARED(KelbSynonym)
 
 /// The groups of words that one or more synonyms files tell, and the answer to whether two words stand
-/// together in one of them.
+/// together in one of them. Nothing but `load` adds groups.
 ///
 /// The set owns its groups. A copy has groups of its own, whose words are implicitly shared with the source;
 /// a moved-from set has no groups. A set belongs to one thread at a time, as long as one of them changes it.

@@ -42,7 +42,8 @@ concept VelorText = VelorTextOf<Text, char> || VelorTextOf<Text, char8_t> || Vel
 /// The device holds only a pointer to its source: see `KelbIODevice`. Every float is a call of four bytes and
 /// a string is read byte by byte, so a source should buffer. A write returns whether all of it was written,
 /// stops where the source falls short, and leaves what was written. A read reports no failure: what is
-/// missing at the end of the data is 0, so that a quaternion or a matrix from there is all zeros.
+/// missing at the end of the data is 0, so that a quaternion or a matrix from there is all zeros. Over a
+/// KelbDeviceSource, `eof` after the last value tells whether something was missing.
 class VELOR_BASE_EXPORT VelorIODevice : public KelbIODevice
 {
 public:

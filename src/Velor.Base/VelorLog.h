@@ -81,7 +81,7 @@ public:
         /// `targetLog` is not owned. With a null one, delivery writes a warning to standard error and the
         /// text is lost.
         Stream(VelorLog* targetLog, Level level, bool skipConsole);
-        /// Not for a flag that is none.
+        /// Does not compile: what stands in the place of the flag is not a `bool`.
         Stream(VelorLog* targetLog, Level level, const VelorLogNoFlag auto& skipConsole) = delete;
         /// Takes over the target and the text of `other`.
         Stream(Stream&& other) noexcept;
@@ -158,12 +158,12 @@ public:
     /// had returned: the listeners behind it are called, the message reaches the console and the file, and
     /// the lock is released. If several listeners throw, the first exception is the one that is thrown.
     void logMessage(const std::string& message, Level level = Info, bool skipConsole = false);
-    /// Not for a flag that is none.
+    /// Does not compile: what stands in the place of the flag is not a `bool`.
     void logMessage(const std::string& message, Level level, const VelorLogNoFlag auto& skipConsole) = delete;
 
     /// A Stream aimed at this log: `log.stream(VelorLog::Info) << "read " << n << " files";` is one message.
     Stream stream(Level level = Info, bool skipConsole = false);
-    /// Not for a flag that is none.
+    /// Does not compile: what stands in the place of the flag is not a `bool`.
     Stream stream(Level level, const VelorLogNoFlag auto& skipConsole) = delete;
 
     /// The path of the log file.
@@ -299,7 +299,8 @@ public:
     void logDebug2(const std::string& message, bool skipConsole = false, const std::string& logName = {});
     /// @}
 
-    /// Not for a flag that is none: the name of a log comes behind the flag.
+    /// Does not compile: what stands in the place of `skipConsole` is not a `bool`. The name of a log comes
+    /// behind it: `logError("no clip", false, "render")`.
     /// @{
     void logMessage(const std::string& message, VelorLog::Level level, const VelorLogNoFlag auto& skipConsole,
                     const std::string& logName = {}) = delete;
@@ -327,7 +328,8 @@ public:
 
     /// Starts an application's logging: makes `directory` with its parents, creates in it the default log
     /// "name_yyyy-MM-dd_hh-mm-ss.log" of the present local time, and deletes the old logs of `name` there.
-    /// False if the directory cannot be made or written; nothing has changed then. `directory` is UTF-8.
+    /// False if the directory cannot be made or written; nothing has changed then. `directory` is UTF-8. Two
+    /// processes that start in one second with the same arguments write to one file, which the later empties.
     [[nodiscard]] static bool setupDefaultLog(const std::string& name, const std::string& directory);
 
     /// Deletes from `directory` the log files of `name` whose time stamp is a day old or older, and reports

@@ -17,7 +17,7 @@ namespace Poco::Zip {
 class Compress;
 }
 
-/// Hears how far the packing of a folder has come. The caller owns it and keeps it alive during the call.
+/// Receives how far the packing of a folder has come. The caller owns it and keeps it alive during the call.
 class VELOR_BASE_EXPORT VelorPercentListener
 {
 public:
@@ -36,7 +36,7 @@ protected:
     ~VelorPercentListener() = default;
 };
 
-/// Hears how much of some work is done, in units that both sides agree on. This library calls none; it is
+/// Receives how much of some work is done, in units that both sides agree on. This library calls none; it is
 /// the common form for the application's own long tasks.
 class VELOR_BASE_EXPORT VelorProgressListener
 {
@@ -110,8 +110,8 @@ public:
     /// Where names on disk are bytes, one that is not UTF-8 makes the archive bad if its folder or file would
     /// be packed, so that nothing is lost silently. No wildcard can exclude such a file.
     ///
-    /// `listener`, if there is one, hears `scale` times the share of files added after each file, reckoned in
-    /// 32-bit floats and cut to a whole number.
+    /// `listener`, if there is one, is called with `scale` times the share of files added after each file,
+    /// reckoned in 32-bit floats and cut to a whole number.
     bool addFolder(const QString& folder, bool recursive, const QList<QString>& excludes = {},
                    VelorPercentListener* listener = nullptr, int scale = 100);
 
