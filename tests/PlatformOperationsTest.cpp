@@ -2,11 +2,10 @@
 
 #include <Velor.Base/PlatformOperations.h>
 
-#include <chrono>
+#include <gmock/gmock.h>
+
 #include <cstdlib>
 #include <functional>
-#include <gmock/gmock.h>
-#include <thread>
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
@@ -43,23 +42,16 @@ std::string itemText(HWND dialog, int id)
     return buffer;
 }
 
-std::vector<int> boundsOf(void (*bounds)(HWND, int*, int*, int*, int*), HWND window)
-{
-    std::vector<int> values(4, -1);
-    bounds(window, &values[0], &values[1], &values[2], &values[3]);
-    return values;
-}
-
 /// While `onHook` is set, this thread's windows answer to it.
-std::function<LRESULT(int, WPARAM)> onHook;
+std::function<LRESULT(int, HWND)> onHook;
 
 LRESULT CALLBACK testHook(int code, WPARAM first, LPARAM second)
 {
-    const LRESULT result = onHook ? onHook(code, first) : 0;
+    const LRESULT result = onHook ? onHook(code, reinterpret_cast<HWND>(first)) : 0;
     return result != 0 ? result : CallNextHookEx(nullptr, code, first, second);
 }
 
-void duringHook(std::function<LRESULT(int, WPARAM)> hook, const std::function<void()>& action)
+void duringHook(std::function<LRESULT(int, HWND)> hook, const std::function<void()>& action)
 {
     static const HHOOK installed = SetWindowsHookExA(WH_CBT, testHook, nullptr, GetCurrentThreadId());
     ASSERT_NE(installed, nullptr);
@@ -69,10 +61,10 @@ void duringHook(std::function<LRESULT(int, WPARAM)> hook, const std::function<vo
 }
 
 /// Presses OK in any box that comes up.
-LRESULT pressOk(int code, WPARAM window)
+LRESULT pressOk(int code, HWND window)
 {
     if (code == HCBT_ACTIVATE) {
-        PostMessageA(reinterpret_cast<HWND>(window), WM_COMMAND, IDOK, 0);
+        PostMessageA(window, WM_COMMAND, IDOK, 0);
     }
     return 0;
 }
@@ -89,116 +81,60 @@ void onAccept(HWND dialog, const char* first, const char* second, const char* th
 
 } // namespace
 
-// Started by one of the tests, this program is only a command that takes its time.
-int main(int argc, char** argv)
-{
-    if (const char* file = std::getenv("VELOR_COMMAND_WRITES")) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
-        std::ofstream(file) << "done";
-        return 0;
-    }
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
-
 TEST(PlatformWindows, ShareAClassAndEndWithTheirOwner)
 {
     const HWND owner = newWindow();
     const HWND window = newWindow(owner);
-    ASSERT_NE(window, nullptr) << "an existing class taken for a failure";
+    ASSERT_NE(window, nullptr);
     EXPECT_FALSE(table.isWindowVisible(window));
-    EXPECT_EQ(table.getParentWindow(window), nullptr) << "an owner taken for a parent";
+    EXPECT_EQ(table.getParentWindow(window), nullptr) << "an owner is no parent";
     EXPECT_EQ(table.enableWindow(window, false), 0);
-    EXPECT_NE(table.enableWindow(window, true), 0) << "not disabled";
+    EXPECT_NE(table.enableWindow(window, true), 0);
     EXPECT_NE(table.destroyWindow(owner), 0);
-    EXPECT_EQ(table.destroyWindow(window), 0) << "owner not handed on";
-    EXPECT_EQ(table.closeWindow(window), 0);
-    EXPECT_THAT(boundsOf(table.getWindowBounds, window), ElementsAre(0, 0, 0, 0));
+    EXPECT_EQ(table.destroyWindow(window), 0);
 }
 
-TEST(PlatformWindows, BoundsSkipNullArguments)
+TEST(PlatformWindows, HaveBoundsOfWhichEachMayBeLeftOut)
 {
     const HWND window = newWindow();
-    EXPECT_THAT(boundsOf(table.getWindowBounds, window), ElementsAre(0, 0, 320, 240));
-    int height = -1;
-    table.getWindowBounds(window, nullptr, nullptr, nullptr, nullptr);
-    table.getClientBounds(window, nullptr, nullptr, nullptr, nullptr);
-    table.getDesktopBounds(nullptr, nullptr, nullptr, &height);
-    EXPECT_EQ(boundsOf(table.getWindowBounds, GetDesktopWindow())[3], height);
-    EXPECT_GE(height, 480);
-    EXPECT_TRUE(table.getMonitorBounds(window, nullptr, nullptr, nullptr, &height));
-    EXPECT_GE(height, 480);
+    int bounds[] = {-1, -1, -1, -1};
+    table.getWindowBounds(window, &bounds[0], &bounds[1], &bounds[2], &bounds[3]);
+    EXPECT_THAT(bounds, ElementsAre(0, 0, 320, 240));
+    int desktopHeight = -1;
+    int monitorHeight = -1;
+    table.getDesktopBounds(nullptr, nullptr, nullptr, &desktopHeight);
+    EXPECT_TRUE(table.getMonitorBounds(window, nullptr, nullptr, nullptr, &monitorHeight));
+    EXPECT_EQ(monitorHeight, desktopHeight);
 }
 
-TEST(PlatformWindows, DarkTitleBarTellsWhyNot)
+TEST(PlatformWindows, ReportADarkTitleBarThatTheyCannotHave)
 {
     const HWND window = newWindow();
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }), "");
     EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, false); }),
               "Windows version is less than 11. Dark mode title bar not applied.\n");
-}
-
-TEST(PlatformWindows, ADeadOneHasNoMonitorAndRefusesTheDarkTitleBar)
-{
-    const HWND dead = newWindow();
-    table.destroyWindow(dead);
-    int x = -1;
-    EXPECT_FALSE(table.getMonitorBounds(dead, &x, &x, &x, &x));
-    EXPECT_EQ(x, -1);
-    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(dead, true); }), "Failed to set dark mode title bar.\n");
-}
-
-TEST(PlatformWindows, MessageBoxKeepsTextAndCaptionApart)
-{
-    constexpr int TextId = 0xFFFF;
-    std::string text;
-    const auto answer = [&](int code, WPARAM window) {
-        if (code == HCBT_ACTIVATE && text.empty()) {
-            text = itemText(reinterpret_cast<HWND>(window), TextId);
-        }
-        return pressOk(code, window);
-    };
-    duringHook(answer, [] { EXPECT_EQ(table.showMessageBox(nullptr, "caption", "text"), IDOK); });
-    EXPECT_EQ(text, "text");
-}
-
-TEST(PlatformWindows, ADestroyedOneIsNoLongerInFrontAndHasNoFocus)
-{
-    const HWND window = newWindow();
-    const HWND other = newWindow();
-    EXPECT_NE(table.setForegroundWindow(window), 0);
-    SetFocus(window);
-    EXPECT_NE(table.destroyWindow(other), 0);
-    EXPECT_EQ(table.getForegroundWindow(), window);
-    EXPECT_NE(table.destroyWindow(window), 0);
-    EXPECT_NE(table.getForegroundWindow(), window);
-    EXPECT_NE(SetFocus(newWindow()), window);
+    table.destroyWindow(window);
+    EXPECT_EQ(messagesOf([&] { table.setDarkTitleBar(window, true); }),
+              "Failed to set dark mode title bar.\n");
 }
 
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
 {
     const HWND target = newWindow();
     const HWND watched = newWindow();
-    const HWND other = newWindow();
-    EXPECT_NE(table.setForegroundWindow(other), 0);
-    EXPECT_EQ(table.getForegroundWindow(), other);
     int raised = 0;
-    const auto raisedByFocusOn = [&](HWND window) {
-        raised = 0;
-        SetFocus(window);
-        return raised > 0;
-    };
-    const auto countRaised = [&](int code, WPARAM window) -> LRESULT {
-        raised += code == HCBT_ACTIVATE && reinterpret_cast<HWND>(window) == target;
+    const auto countRaised = [&](int code, HWND window) -> LRESULT {
+        raised += code == HCBT_ACTIVATE && window == target;
         return 0;
     };
     duringHook(countRaised, [&] {
         EXPECT_NE(table.installFocusHook(watched, target), nullptr);
-        EXPECT_FALSE(raisedByFocusOn(other));
-        EXPECT_TRUE(raisedByFocusOn(watched)) << "target not raised, or the next hook not called";
-        table.installFocusHook(watched, nullptr);
-        EXPECT_FALSE(raisedByFocusOn(other) || raisedByFocusOn(watched)) << "null target raised";
+        SetFocus(newWindow());
+        EXPECT_EQ(raised, 0);
+        SetFocus(watched);
+        EXPECT_GT(raised, 0);
     });
+    table.installFocusHook(nullptr, nullptr);
 }
 
 class PlatformErrorDialog : public testing::Test
@@ -231,24 +167,22 @@ TEST_F(PlatformErrorDialog, IsKeptByOnesThatCannotBeMade)
 {
     open();
     className += 'n';
-    const std::vector<DialogField> others(5, {201, "other"});
-    const auto reportOn = [&](std::ptrdiff_t count) {
-        return reportOf([&] { return make({others.begin(), others.begin() + count}); });
+    const auto reportOn = [&](std::size_t count) {
+        return reportOf([&] { return make(std::vector<DialogField>(count, {201, "other"})); });
     };
     EXPECT_EQ(reportOn(3), "[ERROR] Creating error window: Invalid number of parameters\n");
     EXPECT_EQ(reportOn(5), "[ERROR] Creating error window: Invalid number of parameters\n");
-    const auto forbidWindows = [](int code, WPARAM) -> LRESULT { return code == HCBT_CREATEWND; };
-    duringHook(forbidWindows, [&] {
-        EXPECT_THAT(reportOn(4), StartsWith("[ERROR] Creating error window '")) << "class exists";
-    });
-    EXPECT_EQ(reportOn(4), "") << "class registered twice";
+    const auto forbidWindows = [](int code, HWND) -> LRESULT { return code == HCBT_CREATEWND; };
+    duringHook(forbidWindows,
+               [&] { EXPECT_THAT(reportOn(4), StartsWith("[ERROR] Creating error window '")); });
+    EXPECT_EQ(reportOn(4), "") << "the class exists";
     dialog = table.createDialog(window, Template);
     EXPECT_EQ(itemText(dialog, 201), "name");
     SendMessageA(dialog, WM_COMMAND, Accept, 0);
     EXPECT_EQ(acceptedDialog, dialog);
 }
 
-TEST_F(PlatformErrorDialog, ShowsFieldsZeroToTwoAndAcceptGivesZeroThreeAndOne)
+TEST_F(PlatformErrorDialog, ShowsFieldsZeroToTwoOfWhichTheLastIsFixed)
 {
     open();
     EXPECT_EQ(table.getParentWindow(dialog), window);
@@ -257,9 +191,13 @@ TEST_F(PlatformErrorDialog, ShowsFieldsZeroToTwoAndAcceptGivesZeroThreeAndOne)
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(itemText(dialog, 201 + i), shown[i]);
         const HWND control = table.getDialogItem(dialog, 201 + i);
-        EXPECT_EQ(table.getParentWindow(control), dialog);
         EXPECT_EQ(table.enableWindow(control, true) != 0, i == 2) << 201 + i;
     }
+}
+
+TEST_F(PlatformErrorDialog, AcceptGivesFieldsZeroThreeAndOneAndLeavesTheDialogOpen)
+{
+    open();
     for (const int id : {201, 202, 203}) {
         EXPECT_NE(table.setDialogItemText(dialog, id, std::to_string(id).c_str()), 0);
     }
@@ -268,9 +206,6 @@ TEST_F(PlatformErrorDialog, ShowsFieldsZeroToTwoAndAcceptGivesZeroThreeAndOne)
     EXPECT_THAT(accepted, ElementsAre("201", std::string(16383, 'x'), "202"));
     EXPECT_EQ(acceptedDialog, dialog);
     EXPECT_TRUE(table.isWindowVisible(dialog));
-    char small[4] = "";
-    EXPECT_EQ(table.getDialogItemText(dialog, 204, small, sizeof(small)), 3u);
-    EXPECT_STREQ(small, "xxx");
     EXPECT_NE(table.endDialog(dialog), 0);
     EXPECT_FALSE(table.isWindowVisible(dialog));
 }
@@ -307,48 +242,42 @@ TEST_F(PlatformErrorDialog, WhatCannotBeMadeIsReportedWithTheSystemsReason)
     open();
     const HWND dead = newWindow();
     table.destroyWindow(dead);
-    const auto windowReport = reportOf([&] { return newWindow(dead); });
-    EXPECT_THAT(windowReport, testing::AllOf(StartsWith("[ERROR] Creating window '"), EndsWith("'\n")));
-    const auto hasReason =
-        testing::AllOf(StartsWith("[ERROR] Creating dialog '"), testing::Not(EndsWith("''\n")));
-    EXPECT_THAT(reportOf([&] { return table.createDialog(window, 999); }), hasReason);
-    EXPECT_THAT(reportOf([&] { return table.getDialogItem(dialog, 999); }), hasReason);
-    EXPECT_EQ(table.setDialogItemText(dialog, 999, ""), 0);
-    EXPECT_EQ(itemText(dialog, 999), "");
+    const auto hasReason = [](const std::string& start) {
+        return testing::AllOf(StartsWith("[ERROR] Creating " + start + " '"), EndsWith("'\n"),
+                              testing::Not(EndsWith("''\n")));
+    };
+    EXPECT_THAT(reportOf([&] { return newWindow(dead); }), hasReason("window"));
+    EXPECT_THAT(reportOf([&] { return table.createDialog(window, 999); }), hasReason("dialog"));
+    EXPECT_THAT(reportOf([&] { return table.getDialogItem(dialog, 999); }), hasReason("dialog"));
 }
 
 TEST(PlatformInput, KeysAreAskedBySelectorAndTheCursorIsWhereItWasSet)
 {
-    const auto downWhile = [](int key) {
-        BYTE keys[256] = {};
-        keys[key] = 0x80;
-        SetKeyboardState(keys);
-        return std::vector{table.isKeyDown(0), table.isKeyDown(1), table.isKeyDown(2), table.isKeyDown(27)};
-    };
-    EXPECT_THAT(downWhile(VK_ESCAPE), ElementsAre(true, false, false, false));
-    EXPECT_THAT(downWhile(VK_RETURN), ElementsAre(false, true, false, false));
+    BYTE keys[256] = {};
+    keys[VK_RETURN] = 0x80;
+    SetKeyboardState(keys);
+    EXPECT_FALSE(table.isKeyDown(0) || table.isKeyDown(2));
+    EXPECT_TRUE(table.isKeyDown(1));
     int x = 0;
     int y = 0;
     SetCursorPos(15, 27);
-    table.getCursorPosition(&x, nullptr);
-    table.getCursorPosition(nullptr, &y);
+    table.getCursorPosition(&x, &y);
     EXPECT_EQ(std::pair(x, y), std::pair(15, 27));
 }
 
 TEST(PlatformProcess, CrashFileIsTakenUnlessItsPathIsEmpty)
 {
     EXPECT_FALSE(table.registerCrashFile(""));
-    EXPECT_TRUE(table.registerCrashFile("no such folder/a.log")) << "the system's refusal counted";
+    EXPECT_TRUE(table.registerCrashFile("no such folder/a.log")) << "the system's refusal does not count";
 }
 
-TEST(PlatformProcess, MakeDirectoryTellsFailure)
+TEST(PlatformProcess, MakeDirectoryReturnsTrueForFailure)
 {
     const TestFolder folder;
     const std::string made = folder.narrowPath("made");
     EXPECT_FALSE(table.makeDirectory(made.c_str()));
     EXPECT_TRUE(fs::is_directory(made));
-    EXPECT_TRUE(table.makeDirectory(made.c_str())) << "existing";
-    EXPECT_TRUE(table.makeDirectory((made + "/no/parent").c_str()));
+    EXPECT_TRUE(table.makeDirectory(made.c_str()));
 }
 
 TEST(PlatformProcess, TempDirectoryIsTheVariableOrAFixedPlace)
@@ -364,22 +293,13 @@ TEST(PlatformProcess, ExecutableIsThisProgramAndRuns)
     const fs::path executable = table.getExecutablePath();
     EXPECT_EQ(executable.stem(), "PlatformOperationsTest");
     EXPECT_TRUE(fs::exists(executable));
-    std::string name = executable.filename().string();
+    const std::string name = executable.filename().string();
     EXPECT_TRUE(table.isProcessRunning(name.c_str()));
-    EXPECT_FALSE(table.isProcessRunning(name.substr(1).c_str()));
-    EXPECT_FALSE(table.isProcessRunning(name.substr(0, 15).c_str())) << "cut name";
-    name[0] = 'p';
-    EXPECT_FALSE(table.isProcessRunning(name.c_str())) << "case ignored";
+    EXPECT_FALSE(table.isProcessRunning(name.substr(0, 15).c_str())) << "the system's cut form of the name";
 }
 
-TEST(PlatformProcess, RunCommandWaitsAndWhatDoesNotExistIsTold)
+TEST(PlatformProcess, WhatCannotBeStartedIsReported)
 {
-    const TestFolder folder;
-    const std::string file = folder.narrowPath("result");
-    _putenv(("VELOR_COMMAND_WRITES=" + file).c_str());
-    EXPECT_EQ(messagesOf([&] { table.runCommand(nullptr, table.getExecutablePath().c_str(), false); }), "");
-    _putenv("VELOR_COMMAND_WRITES=");
-    EXPECT_EQ(fileBytes(file), "done");
     // The system may show a box of its own.
     duringHook(pressOk, [] {
         EXPECT_THAT(messagesOf([] { table.runCommand(nullptr, "no-such-command", false); }),
@@ -388,33 +308,51 @@ TEST(PlatformProcess, RunCommandWaitsAndWhatDoesNotExistIsTold)
     EXPECT_EQ(reinterpret_cast<std::intptr_t>(table.shellOpen("no-such-file-here", false)), 2);
 }
 
-/// The desktop's opener and the administrator's door are scripts here, which write down how they were called.
-TEST(PlatformProcess, ShellOpenTriesOnceMoreOnlyIfDenied)
+/// Commands are scripts here, which write down how they were called.
+class PlatformCommands : public testing::Test
 {
-    const TestFolder folder;
-    const std::string path = std::string("PATH=") + std::getenv("PATH");
-    const std::string calls = folder.narrowPath("calls");
-    const auto script = [&](const std::string& name, const char* exitCode, fs::perms permissions) {
+protected:
+    void SetUp() override { _putenv(("PATH=" + folder.narrowPath("")).c_str()); }
+    void TearDown() override { _putenv(("PATH=" + path).c_str()); }
+
+    void command(const std::string& name, int exitCode, fs::perms permissions = fs::perms::owner_all)
+    {
         const std::string file = folder.narrowPath(name);
-        writeFile(file, "#!/bin/sh\necho " + name + " \"$@\" >> '" + calls + "'\nexit " + exitCode + "\n");
+        writeFile(file, "#!/bin/sh\n/bin/sleep 0.1\necho " + name + " \"$@\" >> '" + calls + "'\nexit " +
+                            std::to_string(exitCode) + "\n");
         fs::permissions(file, permissions);
-    };
-    const auto opened = [&](bool isElevated) {
+    }
+
+    std::string opened(bool isElevated) const
+    {
         fs::remove(calls);
         const auto result = reinterpret_cast<std::intptr_t>(table.shellOpen("a b", isElevated));
         return std::to_string(result) + ": " + fileBytes(calls);
-    };
-    _putenv(("PATH=" + folder.narrowPath("")).c_str());
-    script("pkexec", "0", fs::perms::owner_all);
-    script("xdg-open", "0", fs::perms::owner_all);
+    }
+
+    const TestFolder folder;
+    const std::string calls = folder.narrowPath("calls");
+    const std::string path = std::getenv("PATH");
+};
+
+TEST_F(PlatformCommands, AreWaitedForAndElevatedOnRequest)
+{
+    command("run", 0);
+    command("pkexec", 0);
+    table.runCommand(nullptr, "run", false);
+    EXPECT_EQ(fileBytes(calls), "run\n");
+    table.runCommand(nullptr, "run", true);
+    EXPECT_EQ(fileBytes(calls), "run\npkexec run\n");
+}
+
+TEST_F(PlatformCommands, OpenAFileOnceMoreOnlyIfDenied)
+{
+    command("pkexec", 0);
+    command("xdg-open", 0);
     EXPECT_EQ(opened(false), "33: xdg-open a b\n");
     EXPECT_EQ(opened(true), "33: pkexec xdg-open a b\n");
-    script("xdg-open", "4", fs::perms::owner_all);
-    EXPECT_EQ(opened(false), "31: xdg-open a b\n") << "tried again after another failure";
-    script("xdg-open", "0", fs::perms::owner_read);
+    command("xdg-open", 4);
+    EXPECT_EQ(opened(false), "31: xdg-open a b\n");
+    command("xdg-open", 0, fs::perms::owner_read);
     EXPECT_EQ(opened(false), "33: pkexec xdg-open a b\n");
-    fs::remove(calls);
-    table.runCommand(nullptr, "command", true);
-    EXPECT_EQ(fileBytes(calls), "pkexec command\n") << "elevated command without its rights";
-    _putenv(path.c_str());
 }
