@@ -14,32 +14,32 @@ WideString wide(const std::u16string& text) { return {text.begin(), text.end()};
 
 struct FormRow
 {
-    const char* fault;
+    const char* rule;
     std::u16string path;
     std::u16string form;
 };
 
 const FormRow FormRows[] = {
-    {"empty path", u"", u""},
-    {"two units taken for a drive", u"C:", u"C:"},
-    {"shortest drive missed", u"C:\\", u"\\\\?\\C:\\"},
-    {"segments resolved", u"z:/a/../b//c/", u"\\\\?\\z:\\a\\..\\b\\\\c\\"},
-    {"drive-relative path missed", u"C:file", u"\\\\?\\C:file"},
-    {"slashes of a share kept", u"//server/share/file", u"\\\\?\\UNC\\server\\share\\file"},
-    {"backslashes of a share missed", u"\\\\server\\share/f", u"\\\\?\\UNC\\server\\share\\f"},
-    {"mixed separators taken for a share", u"\\/server/share", u"\\/server/share"},
-    {"device changed", u"//./pipe/x", u"//./pipe/x"},
-    {"relative path changed", u"dir/file", u"dir/file"},
-    {"path from the root changed", u"/dir/file", u"/dir/file"},
-    {"extended path taken for one", u"\\\\?\\C:\\dir", u"\\\\?\\UNC\\?\\C:\\dir"},
-    {"sign behind the capitals taken for a drive", u"[:/a", u"[:/a"},
-    {"unit above 255 cut to a drive", u"\u0141:/a", u"\u0141:/a"}, // its low byte is that of A
+    {"nothing stays nothing", u"", u""},
+    {"two units are no drive", u"C:", u"C:"},
+    {"three are one", u"C:\\", u"\\\\?\\C:\\"},
+    {"segments stay", u"z:/a/../b//c/", u"\\\\?\\z:\\a\\..\\b\\\\c\\"},
+    {"a path may be relative to the drive", u"C:file", u"\\\\?\\C:file"},
+    {"a share may begin with slashes", u"//server/share/file", u"\\\\?\\UNC\\server\\share\\file"},
+    {"or with backslashes", u"\\\\server\\share/f", u"\\\\?\\UNC\\server\\share\\f"},
+    {"but not with both", u"\\/server/share", u"\\/server/share"},
+    {"a device is no share", u"//./pipe/x", u"//./pipe/x"},
+    {"relative paths stay", u"dir/file", u"dir/file"},
+    {"paths from the root stay", u"/dir/file", u"/dir/file"},
+    {"an extended path counts as a share", u"\\\\?\\C:\\dir", u"\\\\?\\UNC\\?\\C:\\dir"},
+    {"the sign behind Z is no drive", u"[:/a", u"[:/a"},
+    {"nor is a unit with the low byte of A", u"\u0141:/a", u"\u0141:/a"},
 };
 
 TEST(PathForms, TextOfTheForms)
 {
     for (const FormRow& row : FormRows) {
-        EXPECT_EQ(toLongPath(wide(row.path)), wide(row.form)) << row.fault;
+        EXPECT_EQ(toLongPath(wide(row.path)), wide(row.form)) << row.rule;
     }
     EXPECT_EQ(utf8ToWide("a\0\xC3\xA4\xF0\x9F\x98\x80"s), wide(u"a\0\u00E4\U0001F600"s));
     EXPECT_EQ(toWidePath("C:/\xC3\xA4"), wide(u"\\\\?\\C:\\\u00E4"));

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,9 @@
 #include <optional>
 #include <random>
 #include <string>
+#if __has_include(<sys/resource.h>)
+#include <sys/resource.h>
+#endif
 
 /// A source over bytes in memory, which a test sets and looks at directly.
 class MemorySource : public KelbIOSource
@@ -152,3 +156,26 @@ inline std::string readBytes(KelbIOSource& source, std::size_t count)
     bytes.resize(source.read(bytes.data(), count));
     return bytes;
 }
+
+#if __has_include(<sys/resource.h>)
+
+/// While it lives, no file can grow beyond `bytes`: a write falls short as on a full disk.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(std::uint64_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &mFormer);
+        const rlimit limited = {bytes, mFormer.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &mFormer); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit mFormer = {};
+};
+
+#endif

@@ -155,42 +155,46 @@ TEST(VelorIODevice, ADocumentIsWholeOrEmpty)
         device.rewind();
         EXPECT_TRUE(device.readJsonDocument().isNull()) << text;
     }
-    for (const std::uint64_t size : {9ULL, 99ULL, 1ULL << 31, 1ULL << 62, ~0ULL}) {
+    for (const std::uint64_t size : {9ULL, 99ULL, 1ULL << 27, 1ULL << 31, 1ULL << 62, ~0ULL}) {
         source.bytes = DomText;
         source.toldSize = size;
         device.rewind();
         EXPECT_FALSE(device.readDomDocument().hasChildNodes()) << size;
         source.bytes = JsonText;
         device.rewind();
+        source.reads = 0;
         EXPECT_TRUE(device.readJsonDocument().isNull()) << size;
+        EXPECT_LE(source.reads, 1) << "more was asked for after a short read";
     }
 }
 
 struct NameRow
 {
-    const char* fault;
+    const char* rule;
     QString path;
-    QString extension;
-    QString taken;
+    QString extension = u".x"_s;
+    QString taken = u"other"_s;
     QString name;
 };
 
 const NameRow NameRows[] = {
-    {"signs kept", u"my file-1.v2.txt"_s, u".txt"_s, {}, u"my_file_1_v2.txt"_s},
-    {"first number is not 1", u"my file.txt"_s, u".txt"_s, u"my_file.txt"_s, u"my_file_1.txt"_s},
-    {"letters beyond ASCII replaced", u"\u00E4\u05E9\u4E2D1.x"_s, {}, {}, u"\u00E4\u05E9\u4E2D1"_s},
-    {"one underscore for two units", u"\U0001F600.x"_s, u".x"_s, {}, u"__.x"_s},
-    {"extension cleaned, or given a full stop", u"a.x"_s, u"-%1 y"_s, {}, u"a-%1 y"_s},
-    {"placeholder in the name", u"%1.x"_s, u".x"_s, u"_1.x"_s, u"_1_1.x"_s},
+    {.rule = "signs become underscores", .path = u"my file-1.v2.txt"_s, .name = u"my_file_1_v2.x"_s},
+    {.rule = "numbers begin at 1", .path = u"my file.x"_s, .taken = u"my_file.x"_s, .name = u"my_file_1.x"_s},
+    {.rule = "letters beyond ASCII stay",
+     .path = u"\u00E4\u05E9\u4E2D1.x"_s,
+     .name = u"\u00E4\u05E9\u4E2D1.x"_s},
+    {.rule = "each of two units becomes one", .path = u"\U0001F600.x"_s, .name = u"__.x"_s},
+    {.rule = "an extension stays", .path = u"a.x"_s, .extension = u"-%1 y"_s, .name = u"a-%1 y"_s},
+    {.rule = "a percent sign is no place", .path = u"%1.x"_s, .taken = u"_1.x"_s, .name = u"_1_1.x"_s},
 };
 
 TEST(VelorIODevice, FindsAFreeFilename)
 {
     for (const NameRow& row : NameRows) {
         const TestFolder folder;
-        writeFile(folder.path(row.taken.isEmpty() ? u"other"_s : row.taken), "");
+        writeFile(folder.path(row.taken), "");
         EXPECT_EQ(VelorIODevice::safeFilename(folder.path(row.path), row.extension), folder.path(row.name))
-            << row.fault;
+            << row.rule;
     }
     EXPECT_EQ(VelorIODevice::safeFilename(u"no dir/a"_s, u".x"_s), QDir::currentPath() + u"/no dir/a.x"_s);
 }
