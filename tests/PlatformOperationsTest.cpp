@@ -118,6 +118,15 @@ TEST(PlatformWindows, ReportADarkTitleBarThatTheyCannotHave)
               "Failed to set dark mode title bar.\n");
 }
 
+TEST(PlatformWindows, ADestroyedOneIsNoLongerInFront)
+{
+    const HWND window = newWindow();
+    table.setForegroundWindow(window);
+    EXPECT_EQ(table.getForegroundWindow(), window);
+    table.destroyWindow(window);
+    EXPECT_NE(table.getForegroundWindow(), window);
+}
+
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
 {
     const HWND target = newWindow();
