@@ -118,6 +118,14 @@ TEST(PlatformWindows, ReportADarkTitleBarThatTheyCannotHave)
               "Failed to set dark mode title bar.\n");
 }
 
+TEST(PlatformWindows, ClosingOneEndsTheLoop)
+{
+    const HWND window = newWindow();
+    table.closeWindow(window);
+    table.runDialogLoop(window);
+    EXPECT_NE(table.destroyWindow(window), 0);
+}
+
 TEST(PlatformWindows, ADestroyedOneIsNoLongerInFront)
 {
     const HWND window = newWindow();

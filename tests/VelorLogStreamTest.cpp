@@ -18,7 +18,8 @@ TEST_F(VelorLogStreamTest, AStreamDeliversOneMessageForEachFlush)
 {
     const auto logStreams = [](VelorLog& log) {
         log.setDebugOutputEnabled(false);
-        log.stream() << "read " << 3 << ' ' << std::hex << 255 << std::boolalpha << true;
+        log.stream() << "read " << 3 << ' ' << std::hex << 255 << std::boolalpha << true << std::endl
+                     << "all";
         log.stream(VelorLog::Error).flush();
         log.stream(VelorLog::Error);
         VelorLog::Stream stream = log.stream(VelorLog::Warning);
@@ -30,15 +31,17 @@ TEST_F(VelorLogStreamTest, AStreamDeliversOneMessageForEachFlush)
         stream.flush();
         moved << "c";
         VelorLog::Stream other = log.stream();
+        other << "d";
         moved = std::move(other);
         other << "lost";
         other.flush();
-        moved << "d";
+        moved << "e";
         moved.flush();
     };
     EXPECT_THAT(
         outputsOf(logStreams),
-        ElementsAre("", "", "read 3 fftrue\n[ERROR] - \n[WARNING] - a\n[WARNING] - \n[WARNING] - bc\nd\n"));
+        ElementsAre("", "",
+                    "read 3 fftrue\nall\n[ERROR] - \n[WARNING] - a\n[WARNING] - \n[WARNING] - bc\nde\n"));
 }
 
 TEST_F(VelorLogStreamTest, AStreamWithoutALogWarnsUntilOneIsAssigned)
