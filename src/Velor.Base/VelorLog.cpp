@@ -277,7 +277,10 @@ void VelorLog::writeToFile(std::string_view prefix, std::string_view text)
 
 const std::string& VelorLog::timeStamp(std::time_t now)
 {
-    updateTimeStamp(mTimeStamp, mTimeStampSecond, now, mFile.getloc());
+    if (now != mTimeStampSecond) {
+        mTimeStamp = timeStampOf(now, mFile.getloc());
+        mTimeStampSecond = now;
+    }
     return mTimeStamp;
 }
 

@@ -52,11 +52,8 @@ QFileInfoList oldLogFiles(const std::string& name, const std::string& directory,
     return files;
 }
 
-void updateTimeStamp(std::string& text, std::time_t& second, std::time_t now, const std::locale& locale)
+std::string timeStampOf(std::time_t now, const std::locale& locale)
 {
-    if (now == second) {
-        return;
-    }
     const QTime local = QDateTime::fromSecsSinceEpoch(now).time();
     std::tm clock = {};
     clock.tm_hour = local.hour();
@@ -65,6 +62,5 @@ void updateTimeStamp(std::string& text, std::time_t& second, std::time_t now, co
     std::ostringstream formatted;
     formatted.imbue(locale);
     formatted << std::put_time(&clock, "%H:%M:%S - ");
-    text = formatted.str();
-    second = now;
+    return formatted.str();
 }

@@ -22,6 +22,5 @@ std::string datedLogName(const std::string& name, const QDateTime& start);
 /// The files that VelorLogManager::deleteOldLogFiles deletes at the local time `now`.
 QFileInfoList oldLogFiles(const std::string& name, const std::string& directory, const QDateTime& now);
 
-/// Sets `text` to the local time of `now` as "hh:mm:ss - ", by the rules of `locale`, and `second` to `now`.
-/// Nothing is done where `second` says that `text` is up to date.
-void updateTimeStamp(std::string& text, std::time_t& second, std::time_t now, const std::locale& locale);
+/// The local time of `now` as "hh:mm:ss - ", by the rules of `locale`.
+std::string timeStampOf(std::time_t now, const std::locale& locale);
