@@ -1,7 +1,5 @@
 #include "Output.h"
 
-#include "Failure.h"
-
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
@@ -12,98 +10,82 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// In the temporary folder.
-constexpr QLatin1String NewArchive("new.zip");
-constexpr QLatin1String NewManifest("new.xxh64");
-constexpr QLatin1String OldArchive("old.zip"); // Of the run before.
-constexpr QLatin1String OldManifest("old.xxh64");
-constexpr QLatin1String Probe("probe");
-
-struct Move
-{
-    QString from;
-    QString to;
-    bool mayBeMissing;
-};
-
 fs::path pathOf(const QString& name) { return QFileInfo(name).filesystemFilePath(); }
 
-void move(const QString& from, const QString& to, bool mayBeMissing)
+/// Neither the library nor a write that was cut short tells the reason, but the next write to `probe` does.
+[[noreturn]] void failToWriteTo(const QString& probe, const QString& name)
 {
-    std::error_code error;
-    fs::rename(pathOf(from), pathOf(to), error);
-    if (error && !(mayBeMissing && error == std::errc::no_such_file_or_directory)) {
-        const QString reason = QString::fromStdString(error.message());
-        throw Failure{u"'%1' cannot be moved to '%2': %3"_s.arg(from, to, reason)};
+    QFile file(probe);
+    const QByteArray block(1 << 20, '\0'); // No less than the library holds back in memory.
+    if (file.open(QIODevice::Append | QIODevice::Unbuffered) && file.write(block) > 0) {
+        file.write(block); // The first may have been cut.
     }
+    throw Failure{u"'%1' cannot be written: %2"_s.arg(name, file.errorString())};
 }
 
 } // namespace
 
 Output::Output(const QString& archive)
     : mArchive(archive)
-    , mManifest(manifestOf(archive))
     , mFolder(archive + u".XXXXXX"_s)
 {
     if (!mFolder.isValid()) {
         throw Failure{u"'%1' cannot be created: %2"_s.arg(archive, mFolder.errorString())};
     }
-    for (const QString& name : {mArchive, mManifest}) {
-        if (QFileInfo::exists(name) && !QFileInfo(name).isFile()) {
-            throw Failure{u"'%1' cannot be replaced: it is no file"_s.arg(name)};
+    for (const QFileInfo& older : {QFileInfo(archive), QFileInfo(manifestOf(archive))}) {
+        if (older.exists() && !older.isFile()) {
+            throw Failure{u"'%1' cannot be replaced: it is no file"_s.arg(older.filePath())};
         }
     }
-    mZip.emplace(mFolder.filePath(NewArchive));
+    mZip.emplace(mNewArchive);
     if (!mZip->isOpen()) {
         failToWrite();
     }
-    // Only for failToWrite, which does without where a file cannot have two names.
+    // A second name keeps the disk full when the library has deleted the archive. Where there are none, the
+    // reason of a failure may be missing.
     std::error_code ignored;
-    fs::create_hard_link(pathOf(mFolder.filePath(NewArchive)), pathOf(mFolder.filePath(Probe)), ignored);
+    fs::create_hard_link(pathOf(mNewArchive), pathOf(mProbe), ignored);
 }
+
+void Output::failToWrite() const { failToWriteTo(mProbe, mArchive); }
 
 void Output::finish(const QByteArray& manifest)
 {
     mZip.reset();
-    if (!QFileInfo::exists(mFolder.filePath(NewArchive))) {
+    if (!QFileInfo::exists(mNewArchive)) {
         failToWrite();
     }
-    QFile file(mFolder.filePath(NewManifest));
+    QFile file(mNewManifest);
     if (!file.open(QIODevice::WriteOnly) || file.write(manifest) != manifest.size() || !file.flush()) {
-        throw Failure{u"'%1' cannot be written: %2"_s.arg(mManifest, file.errorString())};
+        failToWriteTo(mNewManifest, manifestOf(mArchive));
     }
     file.close();
     putInPlace();
 }
 
-/// The library does not report the reason, but another write to the file does. Its second name keeps the disk
-/// full when the library has deleted the archive.
-void Output::failToWrite() const
-{
-    QFile probe(mFolder.filePath(Probe));
-    const QByteArray block(1 << 20, '\0'); // No less than the library holds back in memory.
-    if (probe.open(QIODevice::Append | QIODevice::Unbuffered) && probe.write(block) > 0) {
-        probe.write(block); // The first may have been cut.
-    }
-    throw Failure{u"'%1' cannot be written: %2"_s.arg(mArchive, probe.errorString())};
-}
-
 /// The old manifest goes first and the new one comes last, so that none stands beside the wrong archive.
 void Output::putInPlace()
 {
-    const Move moves[] = {{mManifest, mFolder.filePath(OldManifest), true},
-                          {mArchive, mFolder.filePath(OldArchive), true},
-                          {mFolder.filePath(NewArchive), mArchive, false},
-                          {mFolder.filePath(NewManifest), mManifest, false}};
-    std::size_t done = 0;
+    const fs::path archive = pathOf(mArchive);
+    const fs::path manifest = pathOf(manifestOf(mArchive));
+    const fs::path folder = pathOf(mFolder.path());
+    QList<std::pair<fs::path, fs::path>> moves;
+    if (fs::exists(manifest)) {
+        moves.append({manifest, folder / "old.xxh64"});
+    }
+    if (fs::exists(archive)) {
+        moves.append({archive, folder / "old.zip"});
+    }
+    moves << std::pair(pathOf(mNewArchive), archive) << std::pair(pathOf(mNewManifest), manifest);
+    qsizetype done = 0;
     try {
-        for (; done < std::size(moves); ++done) {
-            move(moves[done].from, moves[done].to, moves[done].mayBeMissing);
+        for (; done < moves.size(); ++done) {
+            fs::rename(moves[done].first, moves[done].second);
         }
-    } catch (const Failure&) {
+    } catch (...) {
         mFolder.setAutoRemove(false); // If this fails as well, the error names what is there.
         while (done-- > 0) {
-            move(moves[done].to, moves[done].from, moves[done].mayBeMissing);
+            fs::rename(moves[done].second, moves[done].first);
         }
         mFolder.setAutoRemove(true);
         throw;

@@ -6,6 +6,13 @@
 
 #include <optional>
 
+/// Thrown to end the program with one line on standard error.
+struct Failure
+{
+    QString text;
+    int exitCode = 1;
+};
+
 /// An archive and the manifest beside it. Both are made in a temporary folder there and put in place at the
 /// end: until then, and after a failure, the pair of the run before stands. Whenever the process ends, a
 /// manifest belongs to the archive that it stands beside.
@@ -29,7 +36,9 @@ private:
     void putInPlace();
 
     const QString mArchive;
-    const QString mManifest;
     QTemporaryDir mFolder;
+    const QString mNewArchive = mFolder.filePath(QStringLiteral("new.zip"));
+    const QString mNewManifest = mFolder.filePath(QStringLiteral("new.xxh64"));
+    const QString mProbe = mFolder.filePath(QStringLiteral("probe"));
     std::optional<VelorZipStream> mZip;
 };

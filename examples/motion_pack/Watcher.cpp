@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr auto Interval = std::chrono::milliseconds(20);
-
 std::atomic<int> sSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free); // A signal handler must not wait.
 
@@ -54,10 +52,10 @@ Watcher::Watcher(const QString& temporaryFolder, qint64 bytesToPack, bool isQuie
     , mThread([this](const std::stop_token& stop) { run(stop); })
 {}
 
-void Watcher::setProgress(qint64 packed, qint64 nextSize)
+void Watcher::startFile(qint64 size)
 {
-    mPacked = packed;
-    mHashed = packed + nextSize;
+    mPacked = mHashed.load();
+    mHashed += size;
 }
 
 void Watcher::run(const std::stop_token& stop)
@@ -70,7 +68,7 @@ void Watcher::run(const std::stop_token& stop)
             std::signal(signal, SIG_DFL);
             std::raise(signal); // So that a shell knows the reason.
         }
-        std::this_thread::sleep_for(Interval);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     showProgress();
 }
@@ -79,12 +77,12 @@ void Watcher::run(const std::stop_token& stop)
 void Watcher::showProgress()
 {
     static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
-    const qint64 step = isTerminal ? 1 : 10; // A terminal shows the last line alone.
+    const int step = isTerminal ? 1 : 10; // A terminal shows the last line alone.
     const qint64 packed = std::clamp<qint64>(bytesRead() - mReadBefore - mHashed, mPacked, mBytesToPack);
-    const qint64 percent = mBytesToPack > 0 ? 100 * packed / mBytesToPack / step * step : 100;
+    const int percent = mBytesToPack > 0 ? static_cast<int>(100 * packed / mBytesToPack) / step * step : 100;
     if (!mIsQuiet && percent > mShownPercent) {
         mShownPercent = percent;
-        std::printf(isTerminal ? "packing: %d %%\r" : "packing: %d %%\n", static_cast<int>(percent));
+        std::printf("packing: %d %%%c", percent, isTerminal ? '\r' : '\n');
         std::fflush(stdout);
     }
 }

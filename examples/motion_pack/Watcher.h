@@ -17,9 +17,8 @@ public:
     /// At a signal, `temporaryFolder` is deleted.
     Watcher(const QString& temporaryFolder, qint64 bytesToPack, bool isQuiet);
 
-    /// So many bytes are packed. The file that comes next, of `nextSize` bytes, is read twice: only the
-    /// second time counts as progress.
-    void setProgress(qint64 packed, qint64 nextSize);
+    /// The files before are packed. The next one is read twice: only the second time counts as progress.
+    void startFile(qint64 size);
 
 private:
     void run(const std::stop_token& stop);
@@ -29,7 +28,7 @@ private:
     const qint64 mBytesToPack;
     const qint64 mReadBefore;
     const bool mIsQuiet;
-    qint64 mShownPercent = 0;
+    int mShownPercent = 0;
     std::atomic<qint64> mPacked = 0;
     std::atomic<qint64> mHashed = 0;
     std::jthread mThread; ///< Last, since it uses the others.

@@ -1,25 +1,28 @@
-#include "Failure.h"
-#include "FolderSurvey.h"
 #include "Output.h"
 #include "Watcher.h"
 
 #include <Velor.Base/KelbDeviceSource.h>
 #include <Velor.Base/VelorLog.h>
 #include <Velor.Base/VelorVersion.h>
+#include <Velor.Base/VelorWildcard.h>
 #include <Velor.Base/VelorXxHash.h>
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDateTime>
 #include <QtCore/QDebug>
+#include <QtCore/QFile>
 #include <QtCore/QLocale>
+#include <QtCore/QMap>
 #include <QtCore/QRegularExpression>
 
 #include <cstdio>
+#include <filesystem>
 
 /// \file
 /// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it.
 
+namespace fs = std::filesystem;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -32,10 +35,27 @@ constexpr const char* Description =
     "replaced at the end: after a failure or an interruption it is as before, and a process that is killed\n"
     "leaves a folder ARCHIVE.??????, with what is missing in its place.";
 
+struct InputFile
+{
+    QString name;   ///< Relative to the folder.
+    QFileInfo info; ///< Size and time as the survey found them.
+};
+
+/// What a folder holds, links followed, but for what the options exclude and what the program itself writes.
+struct Survey
+{
+    QStringList excludes;
+    QList<QFileInfo> ownFiles;
+    QStringList folders;
+    QMap<QString, InputFile> files; ///< By the name in the archive.
+    qint64 bytes = 0;
+};
+
 void log(VelorLog::Level level, const QString& text)
 {
-    if (VelorLogManager::getSingleton().getDefaultLog() != nullptr) {
-        VelorLogManager::getSingleton().logMessage(text.toStdString(), level, true);
+    VelorLogManager& logs = VelorLogManager::getSingleton();
+    if (logs.getDefaultLog() != nullptr) {
+        logs.logMessage(text.toStdString(), level, true);
     }
 }
 
@@ -67,7 +87,7 @@ void parse(QCommandLineParser& options, const QStringList& words)
     }
     options.process(words); // Help and version.
     const QStringList names = options.positionalArguments();
-    if (names.size() != 2 || QFileInfo(names.last()).fileName().isEmpty()) {
+    if (names.size() != 2 || names.first().isEmpty() || QFileInfo(names.last()).fileName().isEmpty()) {
         throw Failure{u"one FOLDER and one ARCHIVE are needed"_s, WrongUsage};
     }
     for (const QString& pattern : options.values(u"exclude"_s)) {
@@ -90,29 +110,80 @@ QString startLog(const QString& folder)
     return file.fileName();
 }
 
-/// Reads the folder, and reports what will be missing in the archive.
-FolderSurvey lookAtFolder(const QCommandLineParser& options)
+QString textOf(const fs::path& name)
+{
+    const std::u8string bytes = name.u8string();
+    const QUtf8StringView text(bytes);
+    if (!text.isValidUtf8()) {
+        throw Failure{u"'%1' cannot be packed: its name is no valid UTF-8"_s.arg(text.toString())};
+    }
+    return text.toString();
+}
+
+/// An archive keeps one of two files that have one name in it, and does not report the other.
+void addFile(Survey& survey, const QString& name, const QFileInfo& info)
+{
+    const QString path = QString(name).replace(u'\\', u'/');
+    const qsizetype folderSize = path.lastIndexOf(u'/') + 1;
+    const QString entry = path.first(folderSize).toLower() + path.sliced(folderSize);
+    if (survey.files.contains(entry)) {
+        const QString other = survey.files[entry].name;
+        throw Failure{u"'%1' and '%2' would have one name in the archive"_s.arg(other, name)};
+    }
+    survey.bytes += info.size();
+    survey.files.insert(entry, {name, info});
+}
+
+/// Adds what is in `folder`. A link to one of the folders `above` would lead in a circle.
+void addFolder(Survey& survey, const fs::path& folder, const QString& prefix, QList<fs::path> above)
+{
+    above.append(fs::canonical(folder));
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        const QString name = prefix + textOf(entry.path().filename());
+        const QFileInfo info(entry.path());
+        std::error_code error;
+        const fs::file_type type = entry.status(error).type();
+        if (type == fs::file_type::none && error != std::errc::too_many_symbolic_link_levels) {
+            throw fs::filesystem_error({}, entry.path(), error);
+        }
+        if (type == fs::file_type::directory && !above.contains(fs::canonical(entry))) {
+            survey.folders.append(name);
+            addFolder(survey, entry, name + u'/', above);
+        } else if (type != fs::file_type::regular) {
+            report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
+        } else if (VelorWildcard::check(name, survey.excludes, Qt::CaseInsensitive)) {
+            log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
+        } else if (!survey.ownFiles.contains(info)) {
+            addFile(survey, name, info);
+        }
+    }
+}
+
+Survey lookAtFolder(const QCommandLineParser& options)
 {
     const QString folder = options.positionalArguments().first();
     const QString archive = options.positionalArguments().last();
-    QList<QFileInfo> ownFiles = {QFileInfo(archive), QFileInfo(Output::manifestOf(archive))};
+    Survey survey;
+    survey.excludes = options.values(u"exclude"_s);
+    survey.ownFiles = {QFileInfo(archive), QFileInfo(Output::manifestOf(archive))};
     if (options.isSet(u"log-dir"_s)) {
-        ownFiles.append(QFileInfo(startLog(options.value(u"log-dir"_s))));
+        survey.ownFiles.append(QFileInfo(startLog(options.value(u"log-dir"_s))));
     }
-    FolderSurvey survey(folder, options.values(u"exclude"_s), ownFiles);
-    for (const QString& name : survey.excluded) {
-        log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
-    }
-    for (const QString& name : survey.leftOut) {
-        report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
+    try {
+        addFolder(survey, QFileInfo(folder).filesystemFilePath(), {}, {});
+    } catch (const fs::filesystem_error& error) {
+        const QString name = QFileInfo(error.path1()).filePath();
+        const QString reason = QString::fromStdString(error.code().message());
+        throw Failure{u"'%1' cannot be read: %2"_s.arg(name, reason)};
     }
     if (survey.files.isEmpty()) {
         throw Failure{u"'%1' holds no file to pack"_s.arg(folder)};
     }
+    survey.folders.sort();
     return survey;
 }
 
-QByteArray digestOf(const FolderSurvey::File& file)
+QByteArray digestOf(const InputFile& file)
 {
     QFile input(file.info.filePath());
     std::uint64_t digest = 0;
@@ -136,7 +207,7 @@ QByteArray manifestLine(const QByteArray& digest, const QString& name)
     return '\\' + digest + "  " + text.replace('\\', "\\\\").replace('\n', "\\n") + '\n';
 }
 
-void packFile(const QString& entry, const FolderSurvey::File& file, Output& output)
+void packFile(const QString& entry, const InputFile& file, Output& output)
 {
     const bool isAdded = output.zip().addFile(entry, file.info.filePath());
     if (!isAdded) {
@@ -152,39 +223,37 @@ void packFile(const QString& entry, const FolderSurvey::File& file, Output& outp
 }
 
 /// Returns the manifest.
-QByteArray pack(const FolderSurvey& survey, Output& output, bool isQuiet)
+QByteArray pack(const Survey& survey, Output& output, bool isQuiet)
 {
     Watcher watcher(output.temporaryFolder(), survey.bytes, isQuiet);
     QByteArray manifest;
-    qint64 packed = 0;
     QString name;
     try {
         for (const QString& folder : survey.folders) {
             name = folder;
-            if (!output.zip().addFolderEntry(folder)) {
+            if (!output.zip().addFolderEntry(name)) {
                 output.failToWrite();
             }
         }
         for (const auto& [entry, file] : survey.files.asKeyValueRange()) {
             name = file.name;
-            watcher.setProgress(packed, file.info.size());
+            watcher.startFile(file.info.size());
             manifest += manifestLine(digestOf(file), name);
             packFile(entry, file, output);
-            packed += file.info.size();
         }
-    } catch (const std::exception& error) {
+    } catch (const std::exception& error) { // Of the zip library, which rejects the name.
         const QString reason = QString::fromUtf8(error.what());
         throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(name, reason)};
     }
-    watcher.setProgress(packed, 0);
+    watcher.startFile(0);
     return manifest;
 }
 
 void run(const QCommandLineParser& options)
 {
+    const Survey survey = lookAtFolder(options);
     const QString archive = options.positionalArguments().last();
     const bool isQuiet = options.isSet(u"quiet"_s);
-    const FolderSurvey survey = lookAtFolder(options);
     Watcher::catchSignals();
     Output output(archive);
     for (const QString& extension : options.values(u"store"_s)) {
@@ -220,7 +289,7 @@ int main(int argc, char* argv[])
         report(VelorLog::Error, error.text);
         return error.exitCode;
     } catch (const std::exception& error) {
-        report(VelorLog::Error, QString::fromUtf8(error.what()));
+        report(VelorLog::Error, QString::fromLocal8Bit(error.what()));
         return 1;
     }
 }
