@@ -9,29 +9,8 @@ constexpr QRectF Plot(84, 120, 420, 420);
 constexpr double LegendLeft = 556;
 constexpr double LegendRow = 30;
 
-QPointF toPicture(double t, double value)
-{
-    return {Plot.left() + t * Plot.width(), Plot.bottom() - value * Plot.height()};
-}
-
-void drawAxes(QPainter& painter, const Theme& theme)
-{
-    constexpr int Ticks = 4;
-    painter.setFont(textFont(12));
-    for (int i = 0; i <= Ticks; ++i) {
-        const double value = double(i) / Ticks;
-        const QPointF below = toPicture(value, 0);
-        const QPointF beside = toPicture(0, value);
-        painter.setPen(QPen(theme.grid, 1));
-        painter.drawLine(below, toPicture(value, 1));
-        painter.drawLine(beside, toPicture(1, value));
-        painter.setPen(theme.muted);
-        painter.drawText(QRectF(below.x() - 30, below.y() + 8, 60, 18), Qt::AlignHCenter, numberText(value));
-        painter.drawText(QRectF(beside.x() - 50, beside.y() - 9, 40, 18), Qt::AlignRight | Qt::AlignVCenter,
-                         numberText(value));
-    }
-    painter.drawText(QRectF(Plot.right() + 14, Plot.bottom() - 9, 20, 18), Qt::AlignVCenter, u"t"_s);
-}
+/// Shows the unit square in the plot.
+QTransform frame() { return fit(Plot, QRectF(0, 0, 1, 1)); }
 
 /// Draws the curve of `easing`, and its row of the legend.
 void drawCurve(QPainter& painter, const Theme& theme, const QPen& pen, int row, const QString& name,
@@ -41,7 +20,7 @@ void drawCurve(QPainter& painter, const Theme& theme, const QPen& pen, int row, 
     QPolygonF line;
     for (int i = 0; i <= Steps; ++i) {
         const float t = float(i) / Steps;
-        line.append(toPicture(double(t), double(easing(t))));
+        line.append(frame().map(QPointF(double(t), double(easing(t)))));
     }
     const double height = Plot.top() + LegendRow * (row + 0.5);
     painter.setPen(pen);
@@ -49,12 +28,12 @@ void drawCurve(QPainter& painter, const Theme& theme, const QPen& pen, int row, 
     painter.drawLine(QPointF(LegendLeft, height), QPointF(LegendLeft + 34, height));
     painter.setPen(theme.ink);
     painter.setFont(textFont(14));
-    painter.drawText(QRectF(LegendLeft + 46, height - 12, 240, 24), Qt::AlignLeft | Qt::AlignVCenter, name);
+    painter.drawText(QPointF(LegendLeft + 46, height + 5), name);
 }
 
 void drawCurves(QPainter& painter, const Theme& theme)
 {
-    drawAxes(painter, theme);
+    drawGrid(painter, theme, frame(), Plot);
     int row = 0;
     for (const float exponent : {1.0F, 1.5F, 2.0F, 3.0F, 5.0F}) {
         // From a pale to the full colour as the exponent grows.
@@ -72,5 +51,6 @@ void drawCurves(QPainter& painter, const Theme& theme)
 
 Picture easingPicture()
 {
-    return {u"Easing curves"_s, u"all run from 0 to 1 and pass through the middle"_s, EasingSize, drawCurves};
+    return {u"Easing curves"_s, u"over t: all run from 0 to 1 and pass through the middle"_s, EasingSize,
+            drawCurves};
 }

@@ -2,185 +2,121 @@
 
 #include <QtCore/QLineF>
 
-#include <algorithm>
-#include <cmath>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr QSize PathSize(960, 640);
-constexpr double AxisRoom = 56;
-constexpr double LegendHeight = 26;
+constexpr double LegendTop = Picture::Margin + Picture::TitleHeight;
+constexpr QRectF Plot(92, LegendTop + 26, 816, 458);
 constexpr double CurveWidth = 2.6;
 
-/// The smallest of 1, 2 and 5 times a power of ten that is at least `wanted`.
-double niceStep(double wanted)
+/// The parts of the picture, as they stand in it and in the legend.
+struct Parts
 {
-    const double power = std::pow(10.0, std::floor(std::log10(wanted)));
-    for (const double factor : {1.0, 2.0, 5.0}) {
-        if (factor * power >= wanted) {
-            return factor * power;
-        }
+    QPainter& painter;
+    const Theme& theme;
+
+    void dot(const QBrush& brush, const QPen& pen, const QPointF& at, double radius) const
+    {
+        painter.setBrush(brush);
+        painter.setPen(pen);
+        painter.drawEllipse(at, radius, radius);
     }
-    return 10 * power;
-}
-
-/// The multiples of `step` from `low` to `high`, and no negative zero.
-QList<double> ticks(double low, double high, double step)
-{
-    QList<double> values;
-    for (double k = std::ceil(low / step); k * step <= high; ++k) {
-        values.append(k * step + 0.0);
+    void start(const QPointF& at) const { dot(theme.ink, Qt::NoPen, at, 6); }
+    void target(const QPointF& at) const
+    {
+        dot(Qt::NoBrush, QPen(theme.ink, 1.8), at, 9);
+        dot(theme.ink, Qt::NoPen, at, 2);
     }
-    return values;
-}
-
-void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot)
-{
-    constexpr double LeastDistance = 70; // The width of a long label of the x axis, and a gap.
-    constexpr QSizeF Label(LeastDistance, 16);
-    const QRectF shown = frame.inverted().mapRect(plot);
-    const double step = niceStep(LeastDistance / frame.m11());
-    painter.setFont(textFont(11));
-    const auto draw = [&](const QLineF& line, const QRectF& place, int alignment, double value) {
-        painter.setPen(QPen(theme.grid, 1));
-        painter.drawLine(line);
-        painter.setPen(theme.muted);
-        painter.drawText(place, alignment, numberText(value));
-    };
-    for (const double x : ticks(shown.left(), shown.right(), step)) {
-        const double at = frame.map(QPointF(x, 0)).x();
-        draw({at, plot.top(), at, plot.bottom()}, {QPointF(at - Label.width() / 2, plot.bottom() + 6), Label},
-             Qt::AlignHCenter, x);
+    void knot(const QPointF& at) const { dot(theme.ground, QPen(theme.curve, 1.8), at, 3.6); }
+    void control(const QPointF& at) const
+    {
+        painter.setBrush(theme.ground);
+        painter.setPen(QPen(theme.control, 1.8));
+        painter.drawRect(QRectF(at - QPointF(4.5, 4.5), QSizeF(9, 9)));
     }
-    for (const double y : ticks(shown.top(), shown.bottom(), step)) {
-        const double at = frame.map(QPointF(0, y)).y();
-        draw({plot.left(), at, plot.right(), at},
-             {QPointF(plot.left() - 8 - Label.width(), at - Label.height() / 2), Label},
-             Qt::AlignRight | Qt::AlignVCenter, y);
+    void tangent(const QPointF& from, const QPointF& tip) const
+    {
+        painter.setPen(QPen(theme.ink, 1.3));
+        drawArrow(painter, from, tip, 7);
     }
-}
-
-void drawDot(QPainter& painter, const QBrush& brush, const QPen& pen, const QPointF& at, double radius)
-{
-    painter.setBrush(brush);
-    painter.setPen(pen);
-    painter.drawEllipse(at, radius, radius);
-}
-
-void drawStart(QPainter& painter, const Theme& theme, const QPointF& at)
-{
-    drawDot(painter, theme.ink, Qt::NoPen, at, 6);
-}
-
-void drawTarget(QPainter& painter, const Theme& theme, const QPointF& at)
-{
-    drawDot(painter, Qt::NoBrush, QPen(theme.ink, 1.8), at, 9);
-    drawDot(painter, theme.ink, Qt::NoPen, at, 2);
-}
-
-void drawKnot(QPainter& painter, const Theme& theme, const QPointF& at)
-{
-    drawDot(painter, theme.ground, QPen(theme.curve, 1.8), at, 3.6);
-}
-
-void drawControl(QPainter& painter, const Theme& theme, const QPointF& at)
-{
-    painter.setBrush(theme.ground);
-    painter.setPen(QPen(theme.control, 1.8));
-    painter.drawRect(QRectF(at - QPointF(4.5, 4.5), QSizeF(9, 9)));
-}
-
-void drawTangent(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& tip)
-{
-    painter.setPen(QPen(theme.ink, 1.3));
-    drawArrow(painter, from, tip, 7);
-}
-
-void drawRunIn(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& tip)
-{
-    painter.setPen(QPen(theme.otherSide, CurveWidth, Qt::SolidLine, Qt::FlatCap));
-    drawArrow(painter, from, tip, 13);
-}
-
-void drawChord(QPainter& painter, const Theme& theme, const QPointF& from, const QPointF& to)
-{
-    painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
-    painter.drawLine(from, to);
-}
+    void runIn(const QPointF& from, const QPointF& tip) const
+    {
+        painter.setPen(QPen(theme.otherSide, CurveWidth, Qt::SolidLine, Qt::FlatCap));
+        drawArrow(painter, from, tip, 13);
+    }
+    void chord(const QPointF& from, const QPointF& to) const
+    {
+        painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
+        painter.drawLine(from, to);
+    }
+};
 
 /// The names of the parts stand apart from them, where they cross nothing however the path runs.
-void drawLegend(QPainter& painter, const Theme& theme, QPointF at)
+void drawLegend(const Parts& parts)
 {
-    const QPointF middle(13, 0);
-    const QPointF right(26, 0);
-    const std::pair<const char*, std::function<void()>> parts[] = {
-        {"start", [&] { drawStart(painter, theme, at + middle); }},
-        {"target", [&] { drawTarget(painter, theme, at + middle); }},
-        {"knot", [&] { drawKnot(painter, theme, at + middle); }},
-        {"tangent", [&] { drawTangent(painter, theme, at, at + right); }},
-        {"control point", [&] { drawControl(painter, theme, at + middle); }},
-        {"run-in", [&] { drawRunIn(painter, theme, at, at + right); }},
-        {"chord", [&] { drawChord(painter, theme, at, at + right); }},
+    QPointF left(Picture::Margin, LegendTop - 6);
+    QPointF right = left + QPointF(26, 0);
+    const std::pair<const char*, std::function<void()>> entries[] = {
+        {"start", [&] { parts.start((left + right) / 2); }},
+        {"target", [&] { parts.target((left + right) / 2); }},
+        {"knot", [&] { parts.knot((left + right) / 2); }},
+        {"tangent", [&] { parts.tangent(left, right); }},
+        {"control point", [&] { parts.control((left + right) / 2); }},
+        {"run-in", [&] { parts.runIn(left, right); }},
+        {"chord", [&] { parts.chord(left, right); }},
     };
-    painter.setFont(textFont(13));
-    for (const auto& [name, draw] : parts) {
+    parts.painter.setFont(textFont(13));
+    for (const auto& [name, draw] : entries) {
+        const QString text = QString::fromLatin1(name);
         draw();
-        painter.setPen(theme.ink);
-        painter.drawText(at + QPointF(33, 5), QString::fromLatin1(name));
-        at.rx() += 55 + painter.fontMetrics().horizontalAdvance(QString::fromLatin1(name));
+        parts.painter.setPen(parts.theme.ink);
+        parts.painter.drawText(right + QPointF(7, 5), text);
+        left.rx() += 55 + parts.painter.fontMetrics().horizontalAdvance(text);
+        right.rx() = left.x() + 26;
     }
 }
 
-/// The knots from the first on that lie at least `distance` apart in the picture.
-QList<VelorCurveKnot> spread(const QTransform& frame, const QList<VelorCurveKnot>& knots, double distance)
+/// Calls `draw` with those knots, from the first on, that lie at least `distance` apart in the picture.
+void drawKnots(const QTransform& frame, const QList<VelorCurveKnot>& knots, double distance,
+               const std::function<void(const QPointF& at, const QPointF& tangent)>& draw)
 {
-    QList<VelorCurveKnot> kept;
+    QPointF last(qInf(), qInf());
     for (const VelorCurveKnot& knot : knots) {
-        const auto at = [&](const VelorCurveKnot& k) { return frame.map(toPoint(k.position)); };
-        if (kept.isEmpty() || QLineF(at(kept.last()), at(knot)).length() >= distance) {
-            kept.append(knot);
+        const QPointF at = frame.map(toPoint(knot.position));
+        if (QLineF(last, at).length() >= distance) {
+            draw(at, {double(knot.tangent.x), -double(knot.tangent.y)});
+            last = at;
         }
     }
-    return kept;
 }
 
-void drawKnots(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
+void drawPath(const Parts& parts, const QTransform& frame, const TurningPath& path)
 {
     constexpr double TangentLength = 42;
     constexpr double LeastDistance = 9;
-    // The run-in shows the last tangent where there is one.
-    const qsizetype tangents = path.knots.size() - (path.hasRunIn ? 1 : 0);
-    for (const VelorCurveKnot& knot : spread(frame, path.knots.first(tangents), TangentLength)) {
-        const QPointF at = frame.map(toPoint(knot.position));
-        const QPointF tangent = toPoint(knot.tangent) * TangentLength;
-        drawTangent(painter, theme, at, at + QPointF(tangent.x(), -tangent.y()));
-    }
-    for (const VelorCurveKnot& knot : spread(frame, path.knots, LeastDistance)) {
-        drawKnot(painter, theme, frame.map(toPoint(knot.position)));
-    }
-}
-
-void drawPath(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
-{
     const QPolygonF curve = frame.map(path.smooth);
     const QPointF first = frame.map(path.firstControl);
     const QPointF second = frame.map(path.secondControl);
     const QPointF target = frame.map(path.target);
-    drawChord(painter, theme, curve.first(), curve.last());
-    painter.setPen(QPen(theme.control, 1.2));
-    painter.drawPolyline(QPolygonF{curve.first(), first, second, curve.last()});
-    painter.setPen(QPen(theme.curve, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.drawPolyline(curve);
+    parts.chord(curve.first(), curve.last());
+    parts.painter.setPen(QPen(parts.theme.control, 1.2));
+    parts.painter.drawPolyline(QPolygonF{curve.first(), first, second, curve.last()});
+    parts.painter.setPen(QPen(parts.theme.curve, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    parts.painter.drawPolyline(curve);
     if (path.hasRunIn) {
-        drawRunIn(painter, theme, curve.last(), target);
+        parts.runIn(curve.last(), target);
     }
-    drawKnots(painter, theme, frame, path);
-    drawControl(painter, theme, first);
-    drawControl(painter, theme, second);
-    drawStart(painter, theme, curve.first());
-    drawTarget(painter, theme, target);
+    // The run-in shows the last tangent where there is one.
+    drawKnots(
+        frame, path.knots.first(path.knots.size() - (path.hasRunIn ? 1 : 0)), TangentLength,
+        [&](const QPointF& at, const QPointF& tangent) { parts.tangent(at, at + tangent * TangentLength); });
+    drawKnots(frame, path.knots, LeastDistance, [&](const QPointF& at, const QPointF&) { parts.knot(at); });
+    parts.control(first);
+    parts.control(second);
+    parts.start(curve.first());
+    parts.target(target);
 }
 
 } // namespace
@@ -192,13 +128,11 @@ Picture pathPicture(const PathOptions& options)
         numberText(double(options.handle)), numberText(double(options.runIn)), numberText(options.segments),
         options.segments == 1 ? QString() : u"s"_s);
     return {u"Turning path"_s, description, PathSize, [options](QPainter& painter, const Theme& theme) {
-                const double top = Picture::Margin + Picture::TitleHeight;
-                const QRectF plot(QPointF(Picture::Margin + AxisRoom, top + LegendHeight),
-                                  QPointF(PathSize.width() - 52, PathSize.height() - 52));
-                const TurningPath path(options, options.heading);
-                const QTransform frame = fit(plot.adjusted(48, 36, -48, -36), path.allPoints());
-                drawLegend(painter, theme, QPointF(Picture::Margin, top - 6));
-                drawGrid(painter, theme, frame, plot);
-                drawPath(painter, theme, frame, path);
+                const TurningPath path(options);
+                const QTransform frame = fit(Plot.adjusted(48, 36, -48, -36), path.allPoints());
+                const Parts parts{painter, theme};
+                drawLegend(parts);
+                drawGrid(painter, theme, frame, Plot);
+                drawPath(parts, frame, path);
             }};
 }

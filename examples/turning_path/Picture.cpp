@@ -29,7 +29,7 @@ bool paint(QPaintDevice& device, const Picture& picture, const Theme& theme)
     return painter.end();
 }
 
-bool writeSvg(QIODevice& device, const Picture& picture, const Theme& theme)
+bool paintSvg(QIODevice& device, const Picture& picture, const Theme& theme)
 {
     QSvgGenerator svg;
     svg.setOutputDevice(&device);
@@ -40,7 +40,7 @@ bool writeSvg(QIODevice& device, const Picture& picture, const Theme& theme)
     return paint(svg, picture, theme);
 }
 
-bool writePng(QIODevice& device, const Picture& picture, const Theme& theme)
+bool paintPng(QIODevice& device, const Picture& picture, const Theme& theme)
 {
     constexpr int DotsPerUnit = 2;
     constexpr int SmallestFile = 0;
@@ -50,17 +50,33 @@ bool writePng(QIODevice& device, const Picture& picture, const Theme& theme)
 }
 
 /// A write that a full disk cuts short has no reason yet: the next one has.
-bool writeAll(QIODevice& device, const QByteArray& data)
+bool writeAll(QIODevice& device, QByteArrayView data)
 {
-    qsizetype done = 0;
-    while (done < data.size()) {
-        const qint64 written = device.write(data.constData() + done, data.size() - done);
-        if (written <= 0) {
-            return false;
-        }
-        done += written;
+    qint64 written = 1;
+    while (!data.empty() && written > 0) {
+        written = device.write(data.data(), data.size());
+        data = data.sliced(std::max<qint64>(written, 0));
     }
-    return true;
+    return data.empty();
+}
+
+/// The smallest of 1, 2 and 5 times a power of ten that is at least `wanted`.
+double niceStep(double wanted)
+{
+    const double power = std::pow(10.0, std::floor(std::log10(wanted)));
+    const double factor = wanted / power;
+    return power * (factor <= 1 ? 1 : factor <= 2 ? 2 : factor <= 5 ? 5 : 10);
+}
+
+/// The multiples of `step` from `low` to `high`, and no negative zero.
+QList<double> ticks(double low, double high, double step)
+{
+    constexpr double Noise = 1e-6; // Of the transforms, where a tick lies on an end.
+    QList<double> values;
+    for (double k = std::ceil(low / step - Noise); k <= high / step + Noise; ++k) {
+        values.append(k * step + 0.0);
+    }
+    return values;
 }
 
 } // namespace
@@ -84,8 +100,8 @@ QString savePicture(const QString& name, const Picture& picture, const Theme& th
     // QSvgGenerator does not check how much of its text a file takes.
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    const auto write = name.endsWith(QLatin1String(".png"), Qt::CaseInsensitive) ? writePng : writeSvg;
-    if (!write(buffer, picture, theme)) {
+    const auto paintTo = name.endsWith(u".png"_s, Qt::CaseInsensitive) ? paintPng : paintSvg;
+    if (!paintTo(buffer, picture, theme)) {
         return u"There is not enough memory for the picture"_s;
     }
     QSaveFile file(name);
@@ -104,18 +120,9 @@ QTransform fit(const QRectF& place, const QPolygonF& points)
     const double least = std::max({bounds.width() * 1e-3, bounds.height() * 1e-3, farthest * 1e-4, 1e-6});
     const double scale = std::min(place.width() / std::max(bounds.width(), least),
                                   place.height() / std::max(bounds.height(), least));
-    QTransform transform;
-    transform.translate(place.center().x(), place.center().y());
-    transform.scale(scale, -scale);
-    transform.translate(-bounds.center().x(), -bounds.center().y());
-    return transform;
-}
-
-QString numberText(double number)
-{
-    constexpr int Digits = 7;
-    constexpr QChar Minus(0x2212);
-    return QString::number(number, 'g', Digits).replace(u'-', Minus);
+    const QPointF middle = bounds.center();
+    return QTransform::fromTranslate(-middle.x(), -middle.y()) * QTransform::fromScale(scale, -scale) *
+           QTransform::fromTranslate(place.center().x(), place.center().y());
 }
 
 QFont textFont(int pixels, bool bold)
@@ -127,20 +134,48 @@ QFont textFont(int pixels, bool bold)
     return font;
 }
 
+QString numberText(double number)
+{
+    constexpr int Digits = 7;
+    constexpr QChar Minus(0x2212);
+    return QString::number(number, 'g', Digits).replace(u'-', Minus);
+}
+
+void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot)
+{
+    constexpr double LeastDistance = 70; // The width of a long label of the x axis, and a gap.
+    constexpr QSizeF Label(LeastDistance, 16);
+    const QRectF shown = frame.inverted().mapRect(plot);
+    const double step = niceStep(LeastDistance / frame.m11());
+    painter.setFont(textFont(11));
+    const auto draw = [&](const QLineF& line, const QPointF& label, int alignment, double value) {
+        painter.setPen(QPen(theme.grid, 1));
+        painter.drawLine(line);
+        painter.setPen(theme.muted);
+        painter.drawText(QRectF(label, Label), alignment, numberText(value));
+    };
+    for (const double x : ticks(shown.left(), shown.right(), step)) {
+        const double at = frame.map(QPointF(x, 0)).x();
+        draw({at, plot.top(), at, plot.bottom()}, {at - Label.width() / 2, plot.bottom() + 6},
+             Qt::AlignHCenter, x);
+    }
+    for (const double y : ticks(shown.top(), shown.bottom(), step)) {
+        const double at = frame.map(QPointF(0, y)).y();
+        draw({plot.left(), at, plot.right(), at}, {plot.left() - 8 - Label.width(), at - Label.height() / 2},
+             Qt::AlignRight | Qt::AlignVCenter, y);
+    }
+}
+
 void drawArrow(QPainter& painter, const QPointF& from, const QPointF& tip, double headSize)
 {
     const QLineF shaft(from, tip);
-    if (shaft.length() <= 0) {
-        return;
-    }
-    headSize = std::min(headSize, shaft.length());
-    const QPointF along = (tip - from) / shaft.length();
-    const QPointF across(-along.y(), along.x());
-    const QPointF base = tip - along * headSize;
-    painter.drawLine(from, base);
+    const double head = std::min(headSize, shaft.length());
     painter.save();
+    painter.translate(tip);
+    painter.rotate(-shaft.angle());
+    painter.drawLine(QPointF(-shaft.length(), 0), QPointF(-head, 0));
     painter.setBrush(painter.pen().color());
     painter.setPen(Qt::NoPen);
-    painter.drawPolygon(QPolygonF{tip, base + across * headSize * 0.42, base - across * headSize * 0.42});
+    painter.drawPolygon(QPolygonF{QPointF(), QPointF(-head, head * 0.42), QPointF(-head, -head * 0.42)});
     painter.restore();
 }

@@ -37,8 +37,8 @@ struct Picture
 
 /// One path with its knots, tangents, control points and run-in.
 Picture pathPicture(const PathOptions& options);
-/// Twelve paths that differ in their heading, at one scale.
-Picture sheetPicture(const PathOptions& options);
+/// Twelve paths that differ from `options` in their heading, at one scale.
+Picture sheetPicture(PathOptions options);
 /// The easing curves.
 Picture easingPicture();
 
@@ -50,7 +50,9 @@ QString savePicture(const QString& name, const Picture& picture, const Theme& th
 /// The transform that shows all of `points` as large as possible in the centre of `place`, y upwards, with
 /// one scale for both axes.
 QTransform fit(const QRectF& place, const QPolygonF& points);
+QFont textFont(int pixels, bool bold = false);
 /// `number` as a label, with a real minus sign.
 QString numberText(double number);
-QFont textFont(int pixels, bool bold = false);
+/// Draws the even lines of `frame` in `plot`, with their numbers beside it.
+void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot);
 void drawArrow(QPainter& painter, const QPointF& from, const QPointF& tip, double headSize);

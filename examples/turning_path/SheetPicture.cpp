@@ -23,43 +23,10 @@ QRectF cellPlace(int index)
     return {Picture::Margin + column * (width + Gap), top + row * (height + Gap), width, height};
 }
 
-bool isStraight(double bow) { return std::abs(bow) < 0.005; }
-
-QString bowText(double bow)
-{
-    if (isStraight(bow)) {
-        return u"no bow"_s;
-    }
-    const QString side = bow > 0 ? u"right"_s : u"left"_s;
-    return u"bows %1 %2"_s.arg(side).arg(std::abs(bow), 0, 'f', 2);
-}
-
-QColor bowColor(const Theme& theme, double bow)
-{
-    if (isStraight(bow)) {
-        return theme.muted;
-    }
-    return bow > 0 ? theme.curve : theme.otherSide;
-}
-
-void drawCell(QPainter& painter, const Theme& theme, const QRectF& cell, int heading, double bow)
-{
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme.panel);
-    painter.drawRoundedRect(cell, 8, 8);
-    const QRectF line(cell.left() + 14, cell.top() + 10, cell.width() - 28, 20);
-    painter.setPen(theme.ink);
-    painter.setFont(textFont(15, true));
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, u"%1°"_s.arg(heading));
-    painter.setPen(bowColor(theme, bow));
-    painter.setFont(textFont(12));
-    painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, bowText(bow));
-}
-
-void drawSmallPath(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path)
+void drawSmallPath(QPainter& painter, const Theme& theme, const QTransform& frame, const TurningPath& path,
+                   const QColor& color)
 {
     const QPolygonF curve = frame.map(path.smooth);
-    const QColor color = bowColor(theme, path.bow());
     QColor tint = color;
     tint.setAlphaF(0.16F);
     painter.setPen(Qt::NoPen);
@@ -78,26 +45,47 @@ void drawSmallPath(QPainter& painter, const Theme& theme, const QTransform& fram
     painter.drawEllipse(curve.first(), 3.6, 3.6);
 }
 
+/// Returns the colour of the path.
+QColor drawCell(QPainter& painter, const Theme& theme, const QRectF& cell, int heading, double bow)
+{
+    const bool isStraight = std::abs(bow) < 0.005;
+    const QColor color = isStraight ? theme.muted : bow > 0 ? theme.curve : theme.otherSide;
+    const QString side = bow > 0 ? u"right"_s : u"left"_s;
+    const QRectF line(cell.left() + 14, cell.top() + 10, cell.width() - 28, 20);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme.panel);
+    painter.drawRoundedRect(cell, 8, 8);
+    painter.setPen(theme.ink);
+    painter.setFont(textFont(15, true));
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, u"%1°"_s.arg(heading));
+    painter.setPen(color);
+    painter.setFont(textFont(12));
+    painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter,
+                     isStraight ? u"no bow"_s : u"bows %1 %2"_s.arg(side).arg(std::abs(bow), 0, 'f', 2));
+    return color;
+}
+
 } // namespace
 
-Picture sheetPicture(const PathOptions& options)
+Picture sheetPicture(PathOptions options)
 {
     const QString description =
         u"bulge %1   handle %2   run-in %3   dashed: the chord   arrow: the run-in"_s.arg(
             numberText(double(options.bulge)), numberText(double(options.handle)),
             numberText(double(options.runIn)));
-    const auto draw = [options](QPainter& painter, const Theme& theme) {
-        QList<TurningPath> paths;
-        QPolygonF all;
-        for (int i = 0; i < Columns * Rows; ++i) {
-            paths.append(TurningPath(options, float(i * DegreesApart)));
-            all << paths.last().smooth << paths.last().target;
-        }
-        for (int i = 0; i < Columns * Rows; ++i) {
+    QList<TurningPath> paths;
+    QPolygonF all;
+    for (int i = 0; i < Columns * Rows; ++i) {
+        options.heading = float(i * DegreesApart);
+        paths.append(TurningPath(options));
+        all << paths.last().smooth << paths.last().target;
+    }
+    const auto draw = [paths, all](QPainter& painter, const Theme& theme) {
+        for (int i = 0; i < paths.size(); ++i) {
             const QRectF cell = cellPlace(i);
-            drawCell(painter, theme, cell, i * DegreesApart, paths[i].bow());
-            drawSmallPath(painter, theme, fit(cell.adjusted(18, CaptionHeight + 12, -18, -16), all),
-                          paths[i]);
+            const QTransform frame = fit(cell.adjusted(18, CaptionHeight + 12, -18, -16), all);
+            const QColor color = drawCell(painter, theme, cell, i * DegreesApart, paths[i].bow());
+            drawSmallPath(painter, theme, frame, paths[i], color);
         }
     };
     return {u"Turning curves by heading"_s, description, SheetSize, draw};

@@ -16,25 +16,25 @@ TVec2d<float> direction(float degrees)
     return {clean(std::cos(radians)), clean(std::sin(radians))};
 }
 
-QList<VelorCurveKnot> sample(const PathOptions& options, float heading, int segments)
+QList<VelorCurveKnot> sample(const PathOptions& options, int segments)
 {
-    return VelorMath::turningCurve(options.start, options.target, direction(heading), options.bulge,
+    return VelorMath::turningCurve(options.start, options.target, direction(options.heading), options.bulge,
                                    options.handle, options.runIn, segments);
 }
 
 } // namespace
 
-TurningPath::TurningPath(const PathOptions& options, float heading)
-    : knots(sample(options, heading, options.segments))
+TurningPath::TurningPath(const PathOptions& options)
+    : knots(sample(options, options.segments))
     , target(toPoint(options.target))
     , hasRunIn(knots.size() > options.segments + 1)
 {
     knots.resize(options.segments + 1);
-    for (const VelorCurveKnot& knot : sample(options, heading, SmoothSegments).first(SmoothSegments + 1)) {
+    for (const VelorCurveKnot& knot : sample(options, SmoothSegments).first(SmoothSegments + 1)) {
         smooth.append(toPoint(knot.position));
     }
     // Four points of a cubic curve, a third apart, determine its control points.
-    const QList<VelorCurveKnot> thirds = sample(options, heading, 3);
+    const QList<VelorCurveKnot> thirds = sample(options, 3);
     const auto q = [&thirds](qsizetype i) { return toPoint(thirds[i].position); };
     firstControl = (q(1) * 18 - q(0) * 5 - q(2) * 9 + q(3) * 2) / 6;
     secondControl = (q(0) * 2 - q(1) * 9 + q(2) * 18 - q(3) * 5) / 6;

@@ -19,8 +19,7 @@ struct PathOptions
 /// A turning curve, and what can be derived from its knots.
 struct TurningPath
 {
-    /// The path of `options` with `heading` in degrees.
-    TurningPath(const PathOptions& options, float heading);
+    explicit TurningPath(const PathOptions& options);
 
     /// The largest distance of the curve from its chord, positive to the right of it.
     double bow() const;

@@ -24,32 +24,6 @@ struct Failure
     int exitCode = WrongUsage;
 };
 
-/// The `count` numbers of an option; `form` tells the user what it takes.
-QList<float> numbers(const QCommandLineParser& parser, const QString& option, qsizetype count = 1,
-                     const char* form = "a number from -1000000 to 1000000")
-{
-    // Beyond this, single precision has too few places apart to draw them.
-    constexpr float Largest = 1e6F;
-    const QString text = parser.value(option);
-    QList<float> values;
-    bool isGood = true;
-    for (const QString& part : text.split(u',')) {
-        bool isNumber = false;
-        values.append(part.toFloat(&isNumber));
-        isGood = isGood && isNumber && std::abs(values.last()) <= Largest;
-    }
-    if (!isGood || values.size() != count) {
-        throw Failure{u"--%1 takes %2, not '%3'"_s.arg(option, QString::fromLatin1(form), text)};
-    }
-    return values;
-}
-
-TVec2d<float> point(const QCommandLineParser& parser, const QString& option)
-{
-    const QList<float> values = numbers(parser, option, 2, "two numbers such as 10,0");
-    return {values[0], values[1]};
-}
-
 void describe(QCommandLineParser& parser)
 {
     const auto add = [&parser](const char* name, const char* description, const char* value = nullptr,
@@ -74,16 +48,42 @@ void describe(QCommandLineParser& parser)
     parser.addVersionOption();
 }
 
+/// The `count` numbers of an option; `form` tells the user what it takes.
+QList<float> numbers(const QCommandLineParser& parser, const QString& option, qsizetype count,
+                     const QString& form)
+{
+    // Beyond this, single precision has too few places apart to draw them.
+    constexpr float Largest = 1e6F;
+    QList<float> values;
+    bool isGood = true;
+    for (const QString& part : parser.value(option).split(u',')) {
+        bool isNumber = false;
+        values.append(part.toFloat(&isNumber));
+        isGood = isGood && isNumber && std::abs(values.last()) <= Largest;
+    }
+    if (!isGood || values.size() != count) {
+        throw Failure{u"--%1 takes %2, not '%3'"_s.arg(option, form, parser.value(option))};
+    }
+    return values;
+}
+
 PathOptions readPath(const QCommandLineParser& parser)
 {
     constexpr int MostSegments = 10000;
+    const auto number = [&parser](const QString& option) {
+        return numbers(parser, option, 1, u"a number from -1000000 to 1000000"_s).first();
+    };
+    const auto point = [&parser](const QString& option) {
+        const QList<float> values = numbers(parser, option, 2, u"two numbers such as 10,0"_s);
+        return TVec2d<float>(values.first(), values.last());
+    };
     const QString segments = parser.value(u"segments"_s);
-    const PathOptions path = {.start = point(parser, u"start"_s),
-                              .target = point(parser, u"target"_s),
-                              .heading = numbers(parser, u"heading"_s).first(),
-                              .bulge = numbers(parser, u"bulge"_s).first(),
-                              .handle = numbers(parser, u"handle"_s).first(),
-                              .runIn = numbers(parser, u"run-in"_s).first(),
+    const PathOptions path = {.start = point(u"start"_s),
+                              .target = point(u"target"_s),
+                              .heading = number(u"heading"_s),
+                              .bulge = number(u"bulge"_s),
+                              .handle = number(u"handle"_s),
+                              .runIn = number(u"run-in"_s),
                               .segments = segments.toInt()};
     if (path.segments < 1 || path.segments > MostSegments) {
         throw Failure{u"--segments takes a whole number from 1 to 10000, not '%1'"_s.arg(segments)};
@@ -113,21 +113,15 @@ void run(const QCommandLineParser& parser)
     }
 }
 
-/// The program opens no window, so that it needs no display; on Linux Qt would ask for one.
-void runWithoutDisplay()
-{
-    if (QSysInfo::kernelType() == QLatin1String("linux") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    runWithoutDisplay();
-    // Standard error is for this program's lines, not for Qt's notes on a missing session folder and the
-    // like.
+    // No window is opened, but on Linux Qt would look for a display all the same.
+    if (QSysInfo::kernelType() == u"linux" && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    // Standard error is for this program's lines, not for Qt's notes on a missing session folder.
     QLoggingCategory::setFilterRules(u"*.warning=false"_s);
     const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"turning_path"_s);
