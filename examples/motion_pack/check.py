@@ -136,7 +136,7 @@ class BadInput(Place):
             path.chmod(0o700)
 
     def test_names(self):
-        for name, words in [("a:b", "'a:b' cannot be the name"), ("~/c", "'~' cannot be the name"),
+        for name, words in [("a:b", "'a:b' cannot be the name"), ("~/c", "'~/' cannot be the name"),
                             (b"\xff", "no valid UTF-8"), ("Sub/a", "would have one name")]:
             self.put("sub/a")
             self.put(os.fsdecode(name))

@@ -35,9 +35,10 @@ constexpr const char* Description =
     "replaced at the end: after a failure or an interruption it is as before, and a process that is killed\n"
     "leaves a folder ARCHIVE.??????, with what is missing in its place.";
 
-struct InputFile
+struct Entry
 {
-    QString name;   ///< Relative to the folder.
+    QString name; ///< Relative to the folder; that of a folder ends with a slash.
+    bool isFile;
     QFileInfo info; ///< Size and time as the survey found them.
 };
 
@@ -46,8 +47,8 @@ struct Survey
 {
     QStringList excludes;
     QList<QFileInfo> ownFiles;
-    QStringList folders;
-    QMap<QString, InputFile> files; ///< By the name in the archive.
+    QMap<QString, Entry> entries; ///< By the name in the archive.
+    qint64 files = 0;
     qint64 bytes = 0;
 };
 
@@ -120,18 +121,19 @@ QString textOf(const fs::path& name)
     return text.toString();
 }
 
-/// An archive keeps one of two files that have one name in it, and does not report the other.
-void addFile(Survey& survey, const QString& name, const QFileInfo& info)
+void addEntry(Survey& survey, const Entry& entry)
 {
-    const QString path = QString(name).replace(u'\\', u'/');
+    const QString path = QString(entry.name).replace(u'\\', u'/');
     const qsizetype folderSize = path.lastIndexOf(u'/') + 1;
-    const QString entry = path.first(folderSize).toLower() + path.sliced(folderSize);
-    if (survey.files.contains(entry)) {
-        const QString other = survey.files[entry].name;
-        throw Failure{u"'%1' and '%2' would have one name in the archive"_s.arg(other, name)};
+    const QString key = path.first(folderSize).toLower() + path.sliced(folderSize);
+    const auto other = survey.entries.constFind(key);
+    // An archive keeps the first of two files, and does not report the other. Folders become one.
+    if (other != survey.entries.cend() && (entry.isFile || other->isFile)) {
+        throw Failure{u"'%1' and '%2' would have one name in the archive"_s.arg(other->name, entry.name)};
     }
-    survey.bytes += info.size();
-    survey.files.insert(entry, {name, info});
+    survey.entries.insert(key, entry);
+    survey.files += entry.isFile ? 1 : 0;
+    survey.bytes += entry.isFile ? entry.info.size() : 0;
 }
 
 /// Adds what is in `folder`. A link to one of the folders `above` would lead in a circle.
@@ -147,14 +149,14 @@ void addFolder(Survey& survey, const fs::path& folder, const QString& prefix, QL
             throw fs::filesystem_error({}, entry.path(), error);
         }
         if (type == fs::file_type::directory && !above.contains(fs::canonical(entry))) {
-            survey.folders.append(name);
+            addEntry(survey, {name + u'/', false, info});
             addFolder(survey, entry, name + u'/', above);
         } else if (type != fs::file_type::regular) {
             report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
         } else if (VelorWildcard::check(name, survey.excludes, Qt::CaseInsensitive)) {
             log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
         } else if (!survey.ownFiles.contains(info)) {
-            addFile(survey, name, info);
+            addEntry(survey, {name, true, info});
         }
     }
 }
@@ -176,14 +178,14 @@ Survey lookAtFolder(const QCommandLineParser& options)
         const QString reason = QString::fromStdString(error.code().message());
         throw Failure{u"'%1' cannot be read: %2"_s.arg(name, reason)};
     }
-    if (survey.files.isEmpty()) {
+    if (survey.files == 0) {
         throw Failure{u"'%1' holds no file to pack"_s.arg(folder)};
     }
-    survey.folders.sort();
     return survey;
 }
 
-QByteArray digestOf(const InputFile& file)
+/// The line for a file, with a line break in its name escaped as checksum tools do it.
+QByteArray manifestLine(const Entry& file)
 {
     QFile input(file.info.filePath());
     std::uint64_t digest = 0;
@@ -194,24 +196,19 @@ QByteArray digestOf(const InputFile& file)
     if (input.error() != QFile::NoError) {
         throw Failure{u"'%1' cannot be read: %2"_s.arg(file.name, input.errorString())};
     }
-    return QByteArray::number(qulonglong(digest), 16).rightJustified(16, '0');
-}
-
-/// A name with a line break is escaped as checksum tools do it.
-QByteArray manifestLine(const QByteArray& digest, const QString& name)
-{
-    QByteArray text = name.toUtf8();
-    if (!text.contains('\n')) {
-        return digest + "  " + text + '\n';
+    const QByteArray digits = QByteArray::number(qulonglong(digest), 16).rightJustified(16, '0');
+    QByteArray name = file.name.toUtf8();
+    if (!name.contains('\n')) {
+        return digits + "  " + name + '\n';
     }
-    return '\\' + digest + "  " + text.replace('\\', "\\\\").replace('\n', "\\n") + '\n';
+    return '\\' + digits + "  " + name.replace('\\', "\\\\").replace('\n', "\\n") + '\n';
 }
 
-void packFile(const QString& entry, const InputFile& file, Output& output)
+void addFile(Output& output, const QString& entry, const Entry& file)
 {
     const bool isAdded = output.zip().addFile(entry, file.info.filePath());
     if (!isAdded) {
-        digestOf(file); // Raises Failure if it is the file that cannot be read.
+        manifestLine(file); // Raises Failure if it is the file that cannot be read.
     }
     const QFileInfo now(file.info.filePath());
     if (now.size() != file.info.size() || now.lastModified() != file.info.lastModified()) {
@@ -227,23 +224,19 @@ QByteArray pack(const Survey& survey, Output& output, bool isQuiet)
 {
     Watcher watcher(output.temporaryFolder(), survey.bytes, isQuiet);
     QByteArray manifest;
-    QString name;
-    try {
-        for (const QString& folder : survey.folders) {
-            name = folder;
-            if (!output.zip().addFolderEntry(name)) {
+    for (const auto& [name, entry] : survey.entries.asKeyValueRange()) {
+        try {
+            if (entry.isFile) {
+                watcher.startFile(entry.info.size());
+                manifest += manifestLine(entry);
+                addFile(output, name, entry);
+            } else if (!output.zip().addFolderEntry(name)) {
                 output.failToWrite();
             }
+        } catch (const std::exception& error) { // Of the zip library, which rejects the name.
+            const QString reason = QString::fromUtf8(error.what());
+            throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(entry.name, reason)};
         }
-        for (const auto& [entry, file] : survey.files.asKeyValueRange()) {
-            name = file.name;
-            watcher.startFile(file.info.size());
-            manifest += manifestLine(digestOf(file), name);
-            packFile(entry, file, output);
-        }
-    } catch (const std::exception& error) { // Of the zip library, which rejects the name.
-        const QString reason = QString::fromUtf8(error.what());
-        throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(name, reason)};
     }
     watcher.startFile(0);
     return manifest;
@@ -263,7 +256,7 @@ void run(const QCommandLineParser& options)
 
     const QLocale locale = QLocale::c();
     const QString summary = u"packed %1 files, %2, into '%3', %4"_s.arg(
-        QString::number(survey.files.size()), locale.formattedDataSize(survey.bytes), archive,
+        QString::number(survey.files), locale.formattedDataSize(survey.bytes), archive,
         locale.formattedDataSize(QFileInfo(archive).size()));
     log(VelorLog::Info, summary);
     if (!isQuiet) {
