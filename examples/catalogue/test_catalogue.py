@@ -40,23 +40,20 @@ ANSWERS = {  # The arguments, how many lines they give, and the first of these.
 
 NOT_A_FILE = str(DATA / "none.xml")
 BROKEN = str(pathlib.Path(__file__).resolve())
-FAULTS = {
-    "no query": ([ITEMS], "a catalogue and a query are needed; see --help"),
-    "unknown option": ([ITEMS, "walk", "--fast"], "Unknown option 'fast'."),
-    "no such catalogue": ([NOT_A_FILE, "walk"], f"cannot open {NOT_A_FILE}: No such file or directory"),
-    "catalogue that is no XML": (
-        [BROKEN, "walk"], f"{BROKEN} is no well-formed XML: line 1, column 1: "),
-    "synonyms for a catalogue": (
+NO_SYNONYMS = "cannot be opened or is no synonyms file"
+MISTAKES = {  # The arguments, and how the one line on standard error begins.
+    "a query is needed": ([ITEMS], "a catalogue and a query are needed; see --help"),
+    "options are known": ([ITEMS, "walk", "--fast"], "Unknown option 'fast'."),
+    "the catalogue exists": ([NOT_A_FILE, "walk"], f"cannot open {NOT_A_FILE}: No such file or directory"),
+    "the catalogue is XML": ([BROKEN, "walk"], f"{BROKEN} is no well-formed XML: line 1, column 1: "),
+    "the catalogue is one": (
         [SYNONYMS[1], "walk"], f'{SYNONYMS[1]} is no catalogue: its document element is "KelbSynonyms"'),
-    "no such synonyms": (
-        [ITEMS, "walk", "--synonyms", NOT_A_FILE], f"{NOT_A_FILE} cannot be opened or is no synonyms file"),
-    "catalogue for synonyms": (
-        [ITEMS, "walk", "--synonyms", ITEMS], f"{ITEMS} cannot be opened or is no synonyms file"),
-    "gender without synonyms": (
-        [ITEMS, "walk", "--ignore-gender"],
-        "--ignore-gender needs --synonyms, which tell the words of gender"),
-    "trace below a file": ([ITEMS, "BOX", "--trace", f"{ITEMS}/t.xml"], f"cannot write a trace to {ITEMS}/t.xml"),
-    "trace without a name": ([ITEMS, "BOX", "--trace", ""], "cannot write a trace to "),
+    "the synonyms exist": ([ITEMS, "walk", "--synonyms", NOT_A_FILE], f"{NOT_A_FILE} {NO_SYNONYMS}"),
+    "the synonyms are some": ([ITEMS, "walk", "--synonyms", ITEMS], f"{ITEMS} {NO_SYNONYMS}"),
+    "words of gender come from synonyms": (
+        [ITEMS, "walk", "--ignore-gender"], "--ignore-gender needs --synonyms, which tell the words of gender"),
+    "a trace lies in a folder": ([ITEMS, "BOX", "--trace", f"{ITEMS}/t.xml"], f"cannot write a trace to {ITEMS}/t.xml"),
+    "a trace has a name": ([ITEMS, "BOX", "--trace", ""], "cannot write a trace to "),
 }
 
 
@@ -71,8 +68,8 @@ class Catalogue(unittest.TestCase):
         self.assertEqual(run(ITEMS, "no such tag"), (1, [], 'catalogue: no item has a tag that meets "no such tag"\n'))
 
     def test_bad_input_ends_with_one_line(self):
-        for fault, (arguments, message) in FAULTS.items():
-            with self.subTest(fault):
+        for rule, (arguments, message) in MISTAKES.items():
+            with self.subTest(rule):
                 code, _, error = run(*arguments)
                 self.assertEqual((code, error.count("\n"), error[:len(message) + 11]), (2, 1, f"catalogue: {message}"))
 

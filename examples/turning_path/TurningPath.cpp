@@ -1,5 +1,8 @@
 #include "TurningPath.h"
 
+#include <QtCore/QLineF>
+#include <QtGui/QTransform>
+
 #include <cmath>
 #include <numbers>
 
@@ -42,15 +45,13 @@ TurningPath::TurningPath(const PathOptions& options)
 
 double TurningPath::bow() const
 {
-    const QPointF chord = smooth.last() - smooth.first();
-    const double chordLength = std::max(std::hypot(chord.x(), chord.y()), 1e-6);
-    double largest = 0;
-    for (const QPointF& point : smooth) {
-        const QPointF offset = point - smooth.first();
-        const double right = (offset.x() * chord.y() - offset.y() * chord.x()) / chordLength;
-        largest = std::abs(right) > std::abs(largest) ? right : largest;
+    const QLineF chord(smooth.first(), smooth.last());
+    if (chord.isNull()) {
+        return 0; // It has no sides.
     }
-    return largest;
+    const QTransform alongChord = QTransform().rotate(chord.angle());
+    const QRectF bounds = alongChord.map(smooth.translated(-smooth.first())).boundingRect();
+    return std::abs(bounds.top()) > std::abs(bounds.bottom()) ? -bounds.top() : -bounds.bottom();
 }
 
 QPolygonF TurningPath::allPoints() const { return smooth + QPolygonF{firstControl, secondControl, target}; }
