@@ -62,7 +62,7 @@ class GoodFolders(Place):
         self.assertEqual(sorted(os.listdir(self.out)), ["packed.zip", "packed.zip.xxh64"])
 
     def test_whole_folder_is_packed_and_what_has_no_content_is_reported(self):
-        names = {"new\nline.txt", "back\\slash.txt", " blanks .txt", "Ü/ß.txt", "quote'\".txt", "-c.txt", "💃.txt"}
+        names = {"new\nline.txt", "Back\\Slash/A.txt", " blanks .txt", "Ü/ß.txt", "quote'\".txt", "-c.txt", "💃.txt"}
         names |= {"Makefile", "makefile", ".hidden", ".dir/Deep/file"}
         for name in [*names, "skip.tmp"]:
             self.put(name, name.encode())
@@ -112,10 +112,11 @@ class BadInput(Place):
         self.assertEqual({path.name: path.read_text() for path in self.out.iterdir()}, self.OLDER)
 
     def test_arguments(self):
-        for words in [[], [self.folder], [self.folder, self.archive, "third"], ["--unknown"], ["--store"], ["a", ""], ["", "a"]]:
+        pair = [self.folder, self.archive]
+        for words in [[], pair[:1], [*pair, "third"], ["--unknown"], ["--store"], ["a", ""], ["", "a"]]:
             self.fails(start(*words), code=2)
         for pattern in ["[a", "sub/*.txt"]:
-            self.fails(start("-x", pattern, self.folder, self.archive), f"'{pattern}'", code=2)
+            self.fails(start("-x", pattern, *pair), f"'{pattern}'", code=2)
         empty = self.folder / "empty"
         empty.mkdir()
         for folder, words in [("missing", MISSING), (__file__, "Not a dir"), (empty, "no file to pack")]:
@@ -124,7 +125,7 @@ class BadInput(Place):
         taken.with_suffix(".xxh64").mkdir()
         for archive, word in [("/missing/a.zip", MISSING), ("/dev/full", "cannot be "), (taken, "it is no file")]:
             self.fails(start(self.folder, archive), f"'{archive}", word)
-        self.fails(start(self.folder, self.archive, "--log-dir", "missing"), "'missing'", MISSING)
+        self.fails(start(*pair, "--log-dir", "missing"), "'missing'", MISSING)
         self.assertTrue(pathlib.Path("/dev/full").is_char_device())
 
     @unittest.skipIf(os.geteuid() == 0, "root reads everything")
@@ -137,6 +138,7 @@ class BadInput(Place):
 
     def test_names(self):
         for name, words in [("a:b", "'a:b' cannot be the name"), ("~/c", "'~/' cannot be the name"),
+                            ("b\\", "'b\\\\' cannot be the name"), ("sub\\a", "would have one name"),
                             (b"\xff", "no valid UTF-8"), ("Sub/a", "would have one name")]:
             self.put("sub/a")
             self.put(os.fsdecode(name))

@@ -35,8 +35,8 @@ def read_manifest(path):
 
 
 def name_in_archive(name):
-    end = name.rfind("\\") if "\\" in name else name.rfind("/")
-    return (name[:max(end, 0)].lower() + name[max(end, 0):]).replace("\\", "/")
+    folder, slash, file = name.replace("\\", "/").rpartition("/")
+    return folder.lower() + slash + file
 
 
 def files_below(folder):
