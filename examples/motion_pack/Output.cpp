@@ -70,10 +70,10 @@ void Output::putInPlace()
     const fs::path manifest = pathOf(manifestOf(mArchive));
     const fs::path folder = pathOf(mFolder.path());
     QList<std::pair<fs::path, fs::path>> moves;
-    if (fs::exists(manifest)) {
+    if (fs::exists(fs::symlink_status(manifest))) {
         moves.append({manifest, folder / "old.xxh64"});
     }
-    if (fs::exists(archive)) {
+    if (fs::exists(fs::symlink_status(archive))) {
         moves.append({archive, folder / "old.zip"});
     }
     moves << std::pair(pathOf(mNewArchive), archive) << std::pair(pathOf(mNewManifest), manifest);

@@ -68,6 +68,15 @@ void report(VelorLog::Level level, const QString& text)
     log(level, line);
 }
 
+/// The text for what the survey or the move of the output raises.
+QString textOf(const fs::filesystem_error& error)
+{
+    const QString from = QFileInfo(error.path1()).filePath();
+    const QString to = QFileInfo(error.path2()).filePath();
+    const QString what = to.isEmpty() ? u"cannot be read"_s : u"cannot be moved to '%1'"_s.arg(to);
+    return u"'%1' %2: %3"_s.arg(from, what, QString::fromStdString(error.code().message()));
+}
+
 void parse(QCommandLineParser& options, const QStringList& words)
 {
     options.setApplicationDescription(QString::fromLatin1(Description));
@@ -111,9 +120,9 @@ QString startLog(const QString& folder)
     return file.fileName();
 }
 
-QString textOf(const fs::path& name)
+QString nameOf(const fs::path& path)
 {
-    const std::u8string bytes = name.u8string();
+    const std::u8string bytes = path.filename().u8string();
     const QUtf8StringView text(bytes);
     if (!text.isValidUtf8()) {
         throw Failure{u"'%1' cannot be packed: its name is no valid UTF-8"_s.arg(text.toString())};
@@ -141,7 +150,7 @@ void addFolder(Survey& survey, const fs::path& folder, const QString& prefix, QL
 {
     above.append(fs::canonical(folder));
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        const QString name = prefix + textOf(entry.path().filename());
+        const QString name = prefix + nameOf(entry.path());
         const QFileInfo info(entry.path());
         std::error_code error;
         const fs::file_type type = entry.status(error).type();
@@ -171,13 +180,7 @@ Survey lookAtFolder(const QCommandLineParser& options)
     if (options.isSet(u"log-dir"_s)) {
         survey.ownFiles.append(QFileInfo(startLog(options.value(u"log-dir"_s))));
     }
-    try {
-        addFolder(survey, QFileInfo(folder).filesystemFilePath(), {}, {});
-    } catch (const fs::filesystem_error& error) {
-        const QString name = QFileInfo(error.path1()).filePath();
-        const QString reason = QString::fromStdString(error.code().message());
-        throw Failure{u"'%1' cannot be read: %2"_s.arg(name, reason)};
-    }
+    addFolder(survey, QFileInfo(folder).filesystemFilePath(), {}, {});
     if (survey.files == 0) {
         throw Failure{u"'%1' holds no file to pack"_s.arg(folder)};
     }
@@ -281,8 +284,11 @@ int main(int argc, char* argv[])
     } catch (const Failure& error) {
         report(VelorLog::Error, error.text);
         return error.exitCode;
+    } catch (const fs::filesystem_error& error) {
+        report(VelorLog::Error, textOf(error));
+        return 1;
     } catch (const std::exception& error) {
-        report(VelorLog::Error, QString::fromLocal8Bit(error.what()));
+        report(VelorLog::Error, QString::fromUtf8(error.what()));
         return 1;
     }
 }
