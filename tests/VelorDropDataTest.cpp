@@ -1,7 +1,7 @@
 #include <Velor.Base/VelorDropData.h>
 
-#include <QtCore/QBuffer>
 #include <QtCore/QDataStream>
+#include <QtCore/QIODevice>
 #include <QtCore/QMimeData>
 #include <QtCore/QVariant>
 #include <QtGui/QGuiApplication>
@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <tuple>
 #include <utility>
@@ -49,7 +48,7 @@ VelorDropData readFrom(QDataStream& stream, VelorDropData payload = {})
     return payload;
 }
 
-QString told(const VelorDropData& payload)
+QString textOf(const VelorDropData& payload)
 {
     QString text = QString::number(payload.getType());
     for (const VelorDropData::Item& item : payload.getItems()) {
@@ -67,61 +66,56 @@ TEST(VelorDropData, BytesAreThoseOfTheFormatInTheStreamsOrder)
     for (const auto order : {QDataStream::BigEndian, QDataStream::LittleEndian}) {
         QDataStream stream((order == QDataStream::BigEndian ? Frozen : little) + "rest");
         stream.setByteOrder(order);
-        EXPECT_EQ(told(readFrom(stream)), told(FrozenPayload));
+        EXPECT_EQ(textOf(readFrom(stream)), textOf(FrozenPayload));
         EXPECT_EQ(stream.device()->readAll(), "rest");
     }
     EXPECT_EQ(FrozenPayload.getItemNames(), (QList<QString>{Walk, Empty, Walk}));
 }
 
-/// Tells the largest read that was asked of it, which a stream makes after it has reserved as much.
-struct WatchedBuffer : QBuffer
+struct ForeignRow
 {
-    using QBuffer::QBuffer;
-    qint64 largestRead = 0;
-    qint64 readData(char* data, qint64 size) override
-    {
-        largestRead = std::max(largestRead, size);
-        return QBuffer::readData(data, size);
-    }
+    const char* rule;
+    QByteArray hex;
+    const char* after; ///< the stream's status, and what is then in a payload that had the item o=1
 };
 
-TEST(VelorDropData, ForeignBytesAddItemsUntilTheFirstErrorAndTakeNeitherMemoryNorStack)
+TEST(VelorDropData, ForeignBytesAddWholeItemsUntilTheFirstError)
 {
-    constexpr auto Ok = QDataStream::Ok, Short = QDataStream::ReadPastEnd, Bad = QDataStream::ReadCorruptData;
     const QByteArray one = "00000001 00000002", name = "0000000a 00 00000002 0061";
     const QByteArray data = "0000000c 00 00000001 78";
-    using Row = std::tuple<const char*, QByteArray, const char*, QDataStream::Status>;
-    const VelorDropData old({{QStringLiteral("o"), "1"}}, VelorDropData::Clip);
-    const Row rows[] = {
-        {"nothing", "", "0|o=1", Short},
-        {"type cut off", "00000001 0000", "0|o=1", Short},
-        {"negative count", "ffffffff 00000002 0000000a", "2|o=1", Ok},
-        {"null data", "00000001 fffffff9" + name + "0000000c 00 ffffffff", "-7|o=1|a=", Ok},
-        {"numbers not converted", one + "00000002 00 0000002a 00000001 00 01", "2|o=1|42=true", Ok},
-        {"texts not converted", one + data + name, "2|o=1|x=a", Ok},
-        {"variants without value", one + "00000000 01 00000000 01", "2|o=1|=", Ok},
-        {"count beyond the bytes", "7fffffff 00000003" + name + data, "3|o=1|a=x", Short},
-        {"half an item kept", "00000002 00000003" + name + data.chopped(2), "3|o=1", Short},
-        {"length beyond the bytes", one + "0000000a 00 7ffffffe 0061", "2|o=1", Short},
-        {"list that announces gigabytes", one + "0000000b 00 7fffffff", "2|o=1", Bad},
-        {"user type", one + "00010000 00 00000004 466f6f00", "2|o=1", Bad},
-        {"foreign data behind a name", one + name + "00000009 00 00000000", "2|o=1", Bad},
-        {"two whole items", "00000002 00000003" + name + data + name + data, "3|o=1|a=x|a=x", Ok},
-        {"lists as deep as the stack", one + QByteArray("00000009 00 00000001").repeated(100'000), "2|o=1",
-         Bad},
+    const ForeignRow rows[] = {
+        {"items keep their order", "00000002 00000003" + name + data + data + name, "ok 3|o=1|a=x|x=a"},
+        {"a negative count adds none", "ffffffff 00000002 0000000a", "ok 2|o=1"},
+        {"null data is empty", "00000001 fffffff9" + name + "0000000c 00 ffffffff", "ok -7|o=1|a="},
+        {"numbers become texts", one + "00000002 00 0000002a 00000001 00 01", "ok 2|o=1|42=true"},
+        {"variants without value are empty", one + "00000000 01 00000000 01", "ok 2|o=1|="},
+        {"no bytes have type 0", "", "past end 0|o=1"},
+        {"half a type is 0", "00000001 0000", "past end 0|o=1"},
+        {"a count may be too large", "7fffffff 00000003" + name + data, "past end 3|o=1|a=x"},
+        {"half an item is left out", "00000002 00000003" + name + data.chopped(2), "past end 3|o=1"},
+        {"a length may be too large", one + "0000000a 00 7ffffffe 0061", "past end 2|o=1"},
+        {"a list may announce gigabytes", one + "0000000b 00 7fffffff", "corrupt 2|o=1"},
+        {"user types are refused", one + "00010000 00 00000004 466f6f00", "corrupt 2|o=1"},
+        {"data is looked at as well", one + name + "00000009 00 00000000", "corrupt 2|o=1"},
+        {"lists may be nested deep", one + QByteArray("00000009 00 00000001").repeated(100'000),
+         "corrupt 2|o=1"},
     };
-    for (const auto& [fault, hex, payload, status] : rows) {
-        for (const QDataStream::Status earlier : {Ok, Short, Bad, QDataStream::WriteFailed}) {
-            SCOPED_TRACE(testing::Message() << fault << ", status before " << earlier);
-            QByteArray bytes = QByteArray::fromHex(hex);
-            WatchedBuffer device(&bytes);
-            device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-            QDataStream stream(&device);
-            stream.setStatus(earlier);
-            EXPECT_EQ(told(readFrom(stream, old)), QString::fromLatin1(payload));
-            EXPECT_EQ(stream.status(), earlier == Ok ? status : earlier);
-            EXPECT_LE(device.largestRead, 32);
-        }
+    constexpr const char* Statuses[] = {"ok", "past end", "corrupt"};
+    const VelorDropData old({{QStringLiteral("o"), "1"}}, VelorDropData::Clip);
+    for (const auto& [rule, hex, after] : rows) {
+        QDataStream stream(QByteArray::fromHex(hex));
+        const QString payload = textOf(readFrom(stream, old));
+        EXPECT_EQ(QLatin1String(Statuses[stream.status()]) + u' ' + payload, QLatin1String(after)) << rule;
+    }
+}
+
+TEST(VelorDropData, AnEarlierErrorOfTheStreamStaysAndStopsNothing)
+{
+    for (const auto earlier : {QDataStream::ReadCorruptData, QDataStream::WriteFailed}) {
+        QDataStream stream(Frozen.chopped(1));
+        stream.setStatus(earlier);
+        EXPECT_EQ(readFrom(stream).getItems().size(), 2);
+        EXPECT_EQ(stream.status(), earlier);
     }
 }
 
@@ -130,26 +124,18 @@ TEST(VelorDropData, NothingIsReadAfterAnErrorInATransaction)
     QDataStream stream(Frozen);
     stream.startTransaction();
     stream.setStatus(QDataStream::ReadPastEnd);
-    EXPECT_EQ(told(readFrom(stream, {{}, VelorDropData::Clip})), QStringLiteral("0"));
+    EXPECT_EQ(textOf(readFrom(stream, {{}, VelorDropData::Clip})), QStringLiteral("0"));
     EXPECT_FALSE(stream.commitTransaction());
-    stream.startTransaction();
-    EXPECT_EQ(told(readFrom(stream)), told(FrozenPayload))
-        << "a new transaction starts where the old one did";
-    EXPECT_TRUE(stream.commitTransaction());
 }
 
 TEST(VelorDropData, StreamsOfFormsBeforeQt42AreCorrupt)
 {
     for (const auto version : {QDataStream::Qt_4_1, QDataStream::Qt_4_2}) {
-        QByteArray bytes;
-        QDataStream out(&bytes, QIODevice::WriteOnly);
-        out.setVersion(version);
-        out << FrozenPayload;
-        QDataStream in(bytes);
-        in.setVersion(version);
+        QDataStream stream(Frozen);
+        stream.setVersion(version);
         const bool isOld = version == QDataStream::Qt_4_1;
-        EXPECT_EQ(told(readFrom(in)), isOld ? QStringLiteral("3") : told(FrozenPayload));
-        EXPECT_EQ(in.status(), isOld ? QDataStream::ReadCorruptData : QDataStream::Ok);
+        EXPECT_EQ(textOf(readFrom(stream)), isOld ? QStringLiteral("3") : textOf(FrozenPayload));
+        EXPECT_EQ(stream.status(), isOld ? QDataStream::ReadCorruptData : QDataStream::Ok);
     }
 }
 
@@ -158,26 +144,19 @@ TEST(VelorDropData, MimeDataHoldsThePayloadAndNothingElse)
     const std::unique_ptr<QMimeData> mimeData(FrozenPayload.getMimeData());
     EXPECT_EQ(mimeData->formats(), QStringList{Format});
     EXPECT_EQ(mimeData->data(Format), Frozen);
-    EXPECT_EQ(told(VelorDropData(mimeData.get())), told(FrozenPayload));
+    EXPECT_EQ(textOf(VelorDropData(mimeData.get())), textOf(FrozenPayload));
 
     QMimeData foreign;
     foreign.setText(QStringLiteral("text"));
-    EXPECT_EQ(told(VelorDropData(&foreign)), QStringLiteral("0"));
+    EXPECT_EQ(textOf(VelorDropData(&foreign)), QStringLiteral("0"));
 }
 
-TEST(VelorDropData, MetaTypeHasTwoNamesAndStreamsButDoesNotCompare)
+TEST(VelorDropData, MetaTypeIsKnownByItsOwnNameAndTheMimeFormat)
 {
     VelorDropData::registerMetaTypes();
     const QMetaType type = QMetaType::fromType<VelorDropData>();
-    EXPECT_STREQ(type.name(), "VelorDropData");
     EXPECT_EQ(QMetaType::fromName("VelorDropData"), type);
     EXPECT_EQ(QMetaType::fromName(Format.toLatin1()), type);
-    EXPECT_FALSE(type.isEqualityComparable() || type.isOrdered() || type.hasRegisteredDebugStreamOperator());
-
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    ASSERT_TRUE(type.save(out, &FrozenPayload));
-    EXPECT_EQ(bytes, Frozen);
 }
 
 /// Pixmaps need the application object, and every test of them starts with the plus image at hand.
@@ -215,16 +194,13 @@ void expectImage(const QPixmap& image, QSize size, double ratio, const QList<std
 TEST_F(VelorDropDataPixmap, SizeIsExactAtEveryRatio)
 {
     const std::tuple<int, double, QSize> rows[] = {
-        {1, 1.33, {133, 133}}, {2, 1.0, {120, 100}}, {3, 1.0, {140, 100}}, {2, 1.25, {150, 125}},
-        {2, 1.33, {160, 133}}, {4, 1.5, {240, 150}}, {3, 2.0, {280, 200}}, {30, 3.0, {2040, 300}},
+        {1, 1.33, {133, 133}}, {2, 1.0, {120, 100}}, {2, 1.33, {160, 133}},
+        {3, 2.0, {280, 200}},  {4, 1.5, {240, 150}},
     };
     for (const auto& [images, ratio, size] : rows) {
-        for (const double ownRatio : {1.0, 2.0}) {
-            SCOPED_TRACE(testing::Message() << images << " images, " << ratio << ", own " << ownRatio);
-            const QList<QPixmap> cards(images, card(300, 300, Qt::blue, ownRatio));
-            expectImage(imageOf(cards, false, ratio), size, ratio,
-                        {{{size.width() - 1, size.height() - 1}, Blue}});
-        }
+        const QList<QPixmap> cards(images, card(300, 300, Qt::blue, 2.0));
+        expectImage(imageOf(cards, false, ratio), size, ratio,
+                    {{{size.width() - 1, size.height() - 1}, Blue}});
     }
 }
 
