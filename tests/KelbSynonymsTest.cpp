@@ -8,8 +8,6 @@
 #include <QtCore/QStringEncoder>
 #include <QtXml/QDomDocument>
 
-#include <tuple>
-
 namespace {
 
 using namespace Qt::StringLiterals;
@@ -21,82 +19,92 @@ bool loadBytes(KelbSynonyms& synonyms, const std::string& bytes)
     return synonyms.load(folder.path(u"s.xml"_s));
 }
 
-TEST(KelbSynonyms, LoadsAWholeFileOrNothing)
+const std::string Root = "<KelbSynonyms>";
+const std::string Group = "<KelbSynonym values='\xC4\x8D, B'/>";
+const std::string End = "</KelbSynonyms>";
+
+QString groupsOf(const std::string& bytes)
 {
-    const std::string root = "<KelbSynonyms>";
-    const std::string group = "<KelbSynonym values='\xC4\x8D, B'/>";
-    const std::string end = "</KelbSynonyms>";
+    KelbSynonyms synonyms;
+    EXPECT_TRUE(loadBytes(synonyms, bytes));
+    return QDebug::toString(synonyms);
+}
+
+TEST(KelbSynonyms, LoadsEveryFormOfXml)
+{
+    const QString groups = u"KelbSynonyms(KelbSynonym(\"\u010D, b\"))"_s;
     const QString wide = u"<KelbSynonyms>\r\n<KelbSynonym values='\u010D, B'/></KelbSynonyms>"_s;
-    const QByteArray wideBytes =
-        QStringEncoder(QStringEncoder::Utf16LE, QStringConverter::Flag::WriteBom)(wide);
-    const QString none;
-    const QString added = u", KelbSynonym(\"\u010D, b\")"_s;
-    const QString latin = u", KelbSynonym(\"\u00E9\")"_s;
-    const std::tuple<const char*, std::string, bool, QString> rows[] = {
-        {"byte order mark", "\xEF\xBB\xBF" + root + group + end, true, added},
-        {"encoding",
-         "<?xml version='1.0' encoding='ISO-8859-1'?>" + root + "<KelbSynonym values='\xE9'/>" + end, true,
-         latin},
-        {"not in text mode", root + "<KelbSynonym values='\xC4\x8D,\r B'/>" + end, true, added},
-        {"wide characters torn", wideBytes.toStdString(), true, added},
-        {"wide characters without a byte order mark", wideBytes.mid(2).toStdString(), true, added},
-        {"other elements read", root + "t<x>" + group + "</x>" + group + "<kelbsynonym values='x'/>" + end,
-         true, added},
-        {"group without words kept", root + "<KelbSynonym/><KelbSynonym values=''/>" + end, true, none},
-        {"case of the root ignored", "<kelbsynonyms>" + group + "</kelbsynonyms>", false, none},
-        {"groups before the fault kept", root + group + "</Kelb>", false, none},
-        {"empty file", "", false, none},
-    };
-    for (const auto& [fault, bytes, loads, groups] : rows) {
-        KelbSynonyms synonyms;
-        ASSERT_TRUE(loadBytes(synonyms, root + "<KelbSynonym values='old'/>" + end));
-        EXPECT_EQ(loadBytes(synonyms, bytes), loads) << fault;
-        EXPECT_EQ(QDebug::toString(synonyms), u"KelbSynonyms(KelbSynonym(\"old\")"_s + groups + u')')
-            << fault;
-    }
-    EXPECT_FALSE(KelbSynonyms().load(u"missing.xml"_s) || KelbSynonyms().load(u"."_s));
+    const std::string utf16 = QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(wide)).toStdString();
+    EXPECT_EQ(groupsOf(Root + Group + End), groups);
+    EXPECT_EQ(groupsOf("\xEF\xBB\xBF" + Root + Group + End), groups);
+    EXPECT_EQ(groupsOf(Root + "<KelbSynonym values='\xC4\x8D,\r B'/>" + End), groups)
+        << "carriage returns do not count";
+    EXPECT_EQ(groupsOf(utf16), groups);
+    EXPECT_EQ(groupsOf(Root + "<KelbSynonym/>t<x>" + Group + "</x><kelbsynonym values='x'/>" + Group + End),
+              groups)
+        << "only groups with words count, not below others";
+}
+
+TEST(KelbSynonyms, AddsTheGroupsOfAFileToThoseOfOthers)
+{
+    KelbSynonyms synonyms;
+    EXPECT_TRUE(loadBytes(synonyms, Root + "<KelbSynonym values='old'/>" + End));
+    EXPECT_TRUE(loadBytes(synonyms, Root + "<KelbSynonym values='new'/>" + End));
+    EXPECT_EQ(QDebug::toString(synonyms), u"KelbSynonyms(KelbSynonym(\"old\"), KelbSynonym(\"new\"))"_s);
+}
+
+TEST(KelbSynonyms, AddsNothingOfAFileThatItDoesNotLoad)
+{
+    KelbSynonyms synonyms;
+    EXPECT_FALSE(loadBytes(synonyms, "<kelbsynonyms>" + Group + "</kelbsynonyms>")) << "another root";
+    EXPECT_FALSE(loadBytes(synonyms, Root + Group + "</Kelb>")) << "a fault behind a group";
+    EXPECT_FALSE(synonyms.load(u"missing.xml"_s));
+    EXPECT_EQ(synonyms, KelbSynonyms());
+}
+
+bool areSynonyms(const QString& values, const QString& first, const QString& second)
+{
+    QDomDocument document;
+    QDomElement element = document.createElement(u"any"_s);
+    element.setAttribute(u"values"_s, values);
+    KelbSynonym group;
+    group.readXML(element);
+    EXPECT_EQ(group.areSynonyms(first, second), group.areSynonyms(second, first));
+    return group.areSynonyms(first, second);
 }
 
 TEST(KelbSynonym, HoldsTheWordsOfItsAttribute)
 {
-    const std::tuple<const char*, QString, QString, QString, bool> rows[] = {
-        {"case", u"Male, MAN"_s, u"mAn"_s, u"MALE"_s, true},
-        {"word of the group no synonym of itself", u"Male, MAN"_s, u"man"_s, u"man"_s, true},
-        {"comma without blank separates", u"a,b"_s, u"a"_s, u"b"_s, false},
-        {"second blank lost", u"a,  b"_s, u"a"_s, u" b"_s, true},
-        {"empty word dropped", u"a, , b"_s, u"a"_s, u""_s, true},
-        {"folded, not lowered", u"\u03C2, b"_s, u"\u03A3"_s, u"b"_s, false},
-    };
-    for (const auto& [fault, values, first, second, expected] : rows) {
-        QDomDocument document;
-        QDomElement element = document.createElement(u"any"_s);
-        element.setAttribute(u"values"_s, values);
-        KelbSynonym group;
-        group.readXML(element);
-        EXPECT_EQ(group.areSynonyms(first, second), expected) << fault;
-        EXPECT_EQ(group.areSynonyms(second, first), expected) << fault;
-    }
+    EXPECT_TRUE(areSynonyms(u"Male, MAN"_s, u"mAn"_s, u"MALE"_s)) << "in any case";
+    EXPECT_TRUE(areSynonyms(u"Male, MAN"_s, u"man"_s, u"man"_s)) << "a word of the group is its own synonym";
+    EXPECT_FALSE(areSynonyms(u"a,b"_s, u"a"_s, u"b"_s)) << "a comma without a blank does not separate";
+    EXPECT_TRUE(areSynonyms(u"a,  b"_s, u"a"_s, u" b"_s)) << "a second blank belongs to the word";
+    EXPECT_TRUE(areSynonyms(u"a, , b"_s, u"a"_s, u""_s)) << "an empty word is one";
+    EXPECT_FALSE(areSynonyms(u"\u03C2, b"_s, u"\u03A3"_s, u"b"_s)) << "words are lowered, not folded";
 }
 
-TEST(KelbSynonyms, CopiesStandAloneAndMovedFromSetsAreEmpty)
+TEST(KelbSynonyms, AsksEachGroupForItself)
 {
-    const std::string bytes =
-        "<KelbSynonyms><KelbSynonym values='a, b'/><KelbSynonym values='b, c'/></KelbSynonyms>";
-    KelbSynonyms target;
-    ASSERT_TRUE(loadBytes(target, "<KelbSynonyms><KelbSynonym values='x'/></KelbSynonyms>"));
+    KelbSynonyms synonyms;
+    ASSERT_TRUE(loadBytes(synonyms, Root + "<KelbSynonym values='a, b'/><KelbSynonym values='b, c'/>" + End));
+    EXPECT_TRUE(synonyms.areSynonyms(u"A"_s, u"b"_s) && synonyms.areSynonyms(u"c"_s, u"B"_s));
+    EXPECT_FALSE(synonyms.areSynonyms(u"a"_s, u"c"_s) || synonyms.areSynonyms(u"x"_s, u"x"_s));
+}
+
+TEST(KelbSynonyms, CopiesOwnTheirGroupsAndMovedFromSetsAreEmpty)
+{
+    KelbSynonyms copy;
     {
         KelbSynonyms source;
-        ASSERT_TRUE(loadBytes(source, bytes));
-        target = source;
-        EXPECT_EQ(qHash(target), qHash(source));
-        ASSERT_TRUE(loadBytes(source, bytes) && source != target);
+        ASSERT_TRUE(loadBytes(source, Root + "<KelbSynonym values='a, b'/>" + End));
+        copy = source;
+        EXPECT_EQ(copy, source);
+        EXPECT_EQ(qHash(copy), qHash(source));
     }
-    const KelbSynonyms& self = target;
-    target = self;
-    const KelbSynonyms moved = std::move(target);
-    EXPECT_TRUE(moved.areSynonyms(u"A"_s, u"b"_s) && moved.areSynonyms(u"c"_s, u"B"_s));
-    EXPECT_FALSE(moved.areSynonyms(u"a"_s, u"c"_s) || moved.areSynonyms(u"x"_s, u"x"_s));
-    EXPECT_EQ(target, KelbSynonyms());
+    const KelbSynonyms moved = std::move(copy);
+    EXPECT_TRUE(moved.areSynonyms(u"a"_s, u"b"_s));
+    EXPECT_EQ(copy, KelbSynonyms());
+    EXPECT_NE(copy, moved);
 }
 
 } // namespace
