@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
+#include <utility>
 
 namespace {
 
@@ -14,72 +14,83 @@ constexpr std::uint16_t Access = KelbBase::IDataStream::AccessRead;
 const std::string Long(300, 'x');
 const std::string Chunk(126, 'x'); // one byte less than is read at a time
 
-struct DelimitedRow
-{
-    const char* fault;
-    std::string content;
-    std::string delimiters;
-    std::uint64_t maxCount;
-    std::string text;
-    std::uint64_t countOnly; ///< what a null buffer gives
-    std::uint64_t position;
-    std::uint64_t skipped; ///< what skipDelimited gives
-};
+using Read = std::pair<std::string, std::uint64_t>; ///< what was read, and the position behind it
 
-const DelimitedRow DelimitedRows[] = {
-    {"carriage return kept", "ab\r\ncd", "\n", 99, "ab", 3, 4, 4},
-    {"carriage return dropped though lines do not matter", "ab\r;c", ";", 99, "ab\r", 3, 4, 4},
-    {"carriage return kept at another delimiter", "ab\r;c", ";\n", 99, "ab", 3, 4, 4},
-    {"carriage return dropped at the end of the data", "ab\r", "\n", 99, "ab\r", 3, 3, 3},
-    {"carriage return looked for in an empty text", "\nab", "\n", 99, "", 0, 1, 1},
-    {"empty set ends the text", "a\nb", "", 99, "a\nb", 3, 3, 3},
-    {"a byte 0 does not end the text", "ab\0cd"s, ";", 99, "ab", 2, 3, 3},
-    {"what follows a 0 in the set hides the line feed", "ab\r\0;"s, ";\0\n"s, 99, "ab", 3, 4, 4},
-    {"reads in spite of no room", "abc", ";", 0, "", 0, 0, 3},
-    {"delimiter consumed behind the most", "abc;d", ";", 3, "abc", 3, 3, 4},
-    {"the most lies beyond a chunk", Long + ";y", ";", 200, Long.substr(0, 200), 200, 200, 301},
-    {"delimiter is the last of a chunk", Chunk + ";y", ";", 999, Chunk, 126, 127, 127},
-    {"carriage return and line feed in two chunks", Chunk + "\r\ny", "\n", 999, Chunk, 127, 128, 128},
-};
-
-TEST(KelbDataStream, ReadsAndSkipsUpToADelimiter)
+Read readDelimited(const std::string& content, const std::string& delimiters, std::uint64_t maxCount = 999)
 {
-    for (const DelimitedRow& row : DelimitedRows) {
-        SCOPED_TRACE(row.fault);
-        MemorySource source(row.content);
-        KelbDataStream stream(&source, Access);
-        std::string buffer(row.maxCount + 1, '~');
-        const std::uint64_t length = stream.readDelimited(buffer.data(), row.maxCount, row.delimiters);
-        EXPECT_EQ(buffer.substr(0, length + 1), row.text + '\0');
-        EXPECT_EQ(stream.tell(), row.position);
-        stream.seek(0);
-        EXPECT_EQ(stream.readDelimited(nullptr, row.maxCount, row.delimiters), row.countOnly);
-        EXPECT_EQ(stream.tell(), row.position);
-        stream.seek(0);
-        EXPECT_EQ(stream.skipDelimited(row.delimiters), row.skipped);
-        EXPECT_EQ(stream.tell(), row.skipped);
-    }
+    MemorySource source(content);
+    KelbDataStream stream(&source, Access);
+    std::string buffer(maxCount + 1, '~');
+    const std::uint64_t length = stream.readDelimited(buffer.data(), maxCount, delimiters);
+    EXPECT_EQ(buffer.at(length), '\0');
+    return {buffer.substr(0, length), stream.tell()};
+}
+
+TEST(KelbDataStream, ReadsUpToADelimiter)
+{
+    EXPECT_EQ(readDelimited("a\nb;c", ";"), Read("a\nb", 4));
+    EXPECT_EQ(readDelimited("\nab", "\n"), Read("", 1));
+    EXPECT_EQ(readDelimited("ab\0cd"s, ";"), Read("ab", 3)) << "a byte 0 is a delimiter, too";
+    EXPECT_EQ(readDelimited(Chunk + ";y", ";"), Read(Chunk, 127));
+    EXPECT_EQ(readDelimited(Long + ";y", ";"), Read(Long, 301));
+}
+
+TEST(KelbDataStream, DropsACarriageReturnInFrontOfADelimiterWhereLinesEnd)
+{
+    EXPECT_EQ(readDelimited("ab\r\ncd", "\n"), Read("ab", 4));
+    EXPECT_EQ(readDelimited("ab\r;c", ";\n"), Read("ab", 4));
+    EXPECT_EQ(readDelimited("ab\r;c", ";"), Read("ab\r", 4));
+    EXPECT_EQ(readDelimited("ab\r", "\n"), Read("ab\r", 3));
+    EXPECT_EQ(readDelimited(Chunk + "\r\ny", "\n"), Read(Chunk, 128));
+}
+
+TEST(KelbDataStream, ReadsNoMoreThanTheMostBytes)
+{
+    EXPECT_EQ(readDelimited("abc;d", ";", 3), Read("abc", 3));
+    EXPECT_EQ(readDelimited("abc", ";", 0), Read("", 0));
+    EXPECT_EQ(readDelimited(Long + ";y", ";", 200), Read(Long.substr(0, 200), 200));
+}
+
+TEST(KelbDataStream, CountsACarriageReturnWhereNoTextIsWanted)
+{
+    MemorySource source("ab\r\ncd");
+    KelbDataStream stream(&source, Access);
+    EXPECT_EQ(stream.readDelimited(nullptr, 99, "\n"), 3u);
+    EXPECT_EQ(stream.tell(), 4u);
+}
+
+TEST(KelbDataStream, SkipsBehindADelimiter)
+{
+    MemorySource source(Chunk + ";" + Long + ";ab");
+    KelbDataStream stream(&source, Access);
+    EXPECT_EQ(stream.skipDelimited(";"), 127u);
+    EXPECT_EQ(stream.skipDelimited(";"), 301u);
+    EXPECT_EQ(stream.tell(), 428u);
+    EXPECT_EQ(stream.skipDelimited(";"), 2u) << "the end is as good as a delimiter";
+}
+
+Read readLine(const std::string& content, bool trim = false)
+{
+    MemorySource source(content);
+    KelbDataStream stream(&source, Access);
+    const std::string line = stream.readLine(trim);
+    return {line, stream.tell()};
 }
 
 TEST(KelbDataStream, ReadsALine)
 {
-    const std::tuple<const char*, std::string, bool, std::string, std::uint64_t> rows[] = {
-        {"two carriage returns dropped", "ab\r\r\nc", false, "ab\r", 5},
-        {"carriage return dropped without a line feed", "ab\r", false, "ab\r", 3},
-        {"not trimmed, or trimmed inside", "  a b \t\r\nc", true, "a b", 9},
-        {"white space alone not empty", " \t\v\f\r\nc", true, "", 6},
-        {"a blank beyond ASCII trimmed", "\xA0\n", true, "\xA0", 2},
-        {"carriage return and line feed in two chunks", Chunk + "\r\ny", false, Chunk, 128},
-        {"text behind a byte 0 comes back", "ab\0cd\nef"s, false, "ab", 8},
-        {"a byte 0 ends more than its chunk", "ab\0"s + Long, false, "ab" + Long.substr(124), 303},
-    };
-    for (const auto& [fault, content, trim, line, position] : rows) {
-        SCOPED_TRACE(fault);
-        MemorySource source(content);
-        KelbDataStream stream(&source, Access);
-        EXPECT_EQ(stream.readLine(trim), line);
-        EXPECT_EQ(stream.tell(), position);
-    }
+    EXPECT_EQ(readLine("ab\r\r\nc"), Read("ab\r", 5));
+    EXPECT_EQ(readLine("ab\r"), Read("ab\r", 3));
+    EXPECT_EQ(readLine(Chunk + "\r\ny"), Read(Chunk, 128));
+    EXPECT_EQ(readLine("ab\0cd\nef"s), Read("ab", 8)) << "text behind a byte 0 is lost";
+    EXPECT_EQ(readLine("ab\0"s + Long), Read("ab" + Long.substr(124), 303)) << "up to the end of its chunk";
+}
+
+TEST(KelbDataStream, TrimsTheWhiteSpaceOfAscii)
+{
+    EXPECT_EQ(readLine(" \f a b \t\r\nc", true), Read("a b", 10));
+    EXPECT_EQ(readLine(" \t\v\f\r\nc", true), Read("", 6));
+    EXPECT_EQ(readLine("\xA0\n", true), Read("\xA0", 2));
 }
 
 TEST(KelbDataStream, ReadsAllFromTheStartUntilTheEndOrAFailure)
