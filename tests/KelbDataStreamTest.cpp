@@ -113,6 +113,7 @@ TEST(KelbDataStream, FlagsAreInformationAndCopiesShareTheSource)
     KelbDataStream copy(stream);
     EXPECT_TRUE(copy.canRead() && !copy.canWrite());
     EXPECT_FALSE(KelbDataStream(&source, KelbDataStream::AccessWrite).canRead());
+    EXPECT_EQ(copy.IDataStream::write("xy", 2), 0u) << "what a stream does that cannot write";
     EXPECT_EQ(copy.write("xy", 2), 2u);
     stream.close();
     EXPECT_EQ(stream.readLine(false), "c");
