@@ -1,31 +1,6 @@
-// Compiles the public headers behind macros and names of other libraries. Their own headers come first, since
-// it is not for us whether those bear that.
-#include <QtCore/QtCore>
-#include <QtXml/QtXml>
-
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <bit>
-#include <cmath>
-#include <compare>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <ctime>
-#include <exception>
-#include <fstream>
-#include <limits>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <set>
-#include <sstream>
-#include <string>
-#include <string_view>
-#include <type_traits>
-#include <utility>
-#include <vector>
+// Compiles the public headers behind macros and names of other libraries. The headers that they include come
+// first, since it is not for us whether those bear that.
+#include <IncludedHeaders.h>
 
 // Macros of <windows.h>.
 #define min(a, b) (((a) < (b)) ? (a) : (b))
