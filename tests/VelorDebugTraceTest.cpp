@@ -205,27 +205,22 @@ TEST(VelorDebugTraceNode, ATreeIsSavedOrRefusedByTheStackThatIsLeft)
     }
 }
 
-/// A node whose element holds a chain of that many more.
+/// Its element stands below as many others as its name says.
 class DeepNode : public VelorDebugTraceNode
 {
 public:
-    DeepNode(const QString& name, int levels)
-        : VelorDebugTraceNode(name, QString())
-        , mLevels(levels)
-    {}
+    using VelorDebugTraceNode::VelorDebugTraceNode;
+
     QDomElement toXml(QDomDocument& document) override
     {
         QDomElement element = VelorDebugTraceNode::toXml(document);
-        for (int i = 0; i < mLevels; ++i) {
+        for (int level = mName.toInt(); level > 0; --level) {
             QDomElement parent = document.createElement(u"Level"_s);
             parent.appendChild(element);
             element = parent;
         }
         return element;
     }
-
-private:
-    int mLevels;
 };
 
 TEST(VelorDebugTraceNode, ElementsOfAnOverrideThatAreTooDeepAreRefused)
@@ -233,7 +228,7 @@ TEST(VelorDebugTraceNode, ElementsOfAnOverrideThatAreTooDeepAreRefused)
     const TestFolder folder;
     runOnStack(256, [&] {
         for (const int levels : {20, 2000, 50000}) { // wine gives a thread no less than 1 MiB
-            const auto node = QSharedPointer<DeepNode>::create(QString::number(levels), levels);
+            const auto node = QSharedPointer<DeepNode>::create(QString::number(levels), QString());
             EXPECT_EQ(node->saveToFile(folder.path(u"."_s), QString()), levels == 20) << levels;
             EXPECT_EQ(QFile::exists(folder.path(node->getName() + u".xml"_s)), levels == 20) << levels;
         }
