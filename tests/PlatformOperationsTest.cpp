@@ -126,15 +126,6 @@ TEST(PlatformWindows, ClosingOneEndsTheLoop)
     EXPECT_NE(table.destroyWindow(window), 0);
 }
 
-TEST(PlatformWindows, ADestroyedOneIsNoLongerInFront)
-{
-    const HWND window = newWindow();
-    table.setForegroundWindow(window);
-    EXPECT_EQ(table.getForegroundWindow(), window);
-    table.destroyWindow(window);
-    EXPECT_NE(table.getForegroundWindow(), window);
-}
-
 TEST(PlatformWindows, FocusOnTheWatchedOneRaisesTheTarget)
 {
     const HWND target = newWindow();
