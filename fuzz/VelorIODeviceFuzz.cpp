@@ -1,4 +1,4 @@
-#include "../tests/TestHelpers.h"
+#include "../tests/support/TestHelpers.h"
 
 #include <Velor.Base/VelorIODevice.h>
 

@@ -1,4 +1,4 @@
-#include "SourceContract.h"
+#include "support/SourceContract.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "TestHelpers.h"
+#include "support/TestHelpers.h"
 
 #include <Velor.Base/VelorLogFiles.h>
 

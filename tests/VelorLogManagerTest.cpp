@@ -1,4 +1,4 @@
-#include "VelorLogFixture.h"
+#include "support/VelorLogFixture.h"
 
 #include <atomic>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "VelorLogFixture.h"
+#include "support/VelorLogFixture.h"
 
 #include <Velor.Base/VelorLogFiles.h>
 
