@@ -76,6 +76,18 @@ TEST(VelorDebugTrace, ATreeGoesByClearAndNotByRelease)
     EXPECT_TRUE(end.isNull() && leaf.isNull());
 }
 
+TEST(VelorDebugTraceNode, APlainCopyFindsItsChildrenButIsNoParent)
+{
+    Node root = Node::create(u"root"_s, QString());
+    const WeakNode end = root;
+    const Node child = root->addGroup(u"child"_s, QString());
+    VelorDebugTraceNode copy(*root);
+    copy.addChild(child);
+    root.reset();
+    EXPECT_TRUE(end.isNull()) << "the child holds a parent";
+    EXPECT_EQ(copy.getChild(u"child"_s), child);
+}
+
 TEST(VelorDebugTraceNode, ANodeIsFoundBelowTheParentThatItIsGiven)
 {
     const Node root = Node::create(u"root"_s, QString());
