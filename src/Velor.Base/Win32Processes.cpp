@@ -76,12 +76,24 @@ std::string programName(const std::filesystem::path& process)
     return std::filesystem::path(line).filename();
 }
 
+/// Waits for `process` and returns its exit status, or -1 if a signal ended it or it cannot be waited for.
+int exitStatus(pid_t process)
+{
+    int status = 0;
+    pid_t ended = -1;
+    do {
+        ended = waitpid(process, &status, 0);
+    } while (ended < 0 && errno == EINTR);
+    return ended == process && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 } // namespace
 
 void win32::setLastError(DWORD error) { lastError = error; }
 
 void win32::setLastErrorOf(int number) { lastError = number == 0 ? 0 : errorOf(number); }
 
+// There are no crash reports that could take the file along.
 HRESULT WerRegisterFile(const WCHAR*, int, DWORD) { return S_OK; }
 
 int _mkdir(const char* path) { return mkdir(path, 0777); }
@@ -112,6 +124,9 @@ BOOL ShellExecuteExA(SHELLEXECUTEINFOA* info)
         return FALSE;
     }
     const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+    if (descriptor < 0) { // As before Linux 5.3: the caller gets no handle to wait for.
+        exitStatus(process);
+    }
     info->hProcess = descriptor < 0 ? nullptr : handleOf(descriptor);
     return TRUE;
 }
@@ -119,13 +134,11 @@ BOOL ShellExecuteExA(SHELLEXECUTEINFOA* info)
 HINSTANCE ShellExecuteA(HWND, const char* verb, const char* file, const char*, const char*, int)
 {
     const pid_t process = isRunAs(verb) ? spawn({"pkexec", "xdg-open", file}) : spawn({"xdg-open", file});
-    int status = 0;
     std::intptr_t result = LaunchSucceeded;
     if (process < 0) {
         result = lastError;
-    } else if (waitpid(process, &status, 0) < 0 || status != 0) {
-        const bool isMissing = WIFEXITED(status) && WEXITSTATUS(status) == OpenerFoundNoFile;
-        result = isMissing ? ErrorFileNotFound : ErrorGeneralFailure;
+    } else if (const int status = exitStatus(process); status != 0) {
+        result = status == OpenerFoundNoFile ? ErrorFileNotFound : ErrorGeneralFailure;
     }
     return reinterpret_cast<HINSTANCE>(result);
 }
