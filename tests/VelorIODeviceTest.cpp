@@ -90,7 +90,7 @@ const WriteRow WriteRows[] = {
     {"empty JSON fails", [](auto& d) { return d.write(QJsonDocument()); }, "", false},
 };
 
-/// Whatever call of the source fails, the write tells so and leaves what it has written.
+/// Whatever call of the source fails, the write reports it and leaves what it has written.
 TEST(VelorIODevice, WritesTheExactBytesOrSaysThatItDidNot)
 {
     for (const WriteRow& row : WriteRows) {
@@ -157,7 +157,7 @@ TEST(VelorIODevice, ADocumentIsWholeOrEmpty)
     }
     for (const std::uint64_t size : {9ULL, 99ULL, 1ULL << 27, 1ULL << 31, 1ULL << 62, ~0ULL}) {
         source.bytes = DomText;
-        source.toldSize = size;
+        source.reportedSize = size;
         device.rewind();
         EXPECT_FALSE(device.readDomDocument().hasChildNodes()) << size;
         source.bytes = JsonText;

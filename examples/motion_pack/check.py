@@ -169,6 +169,7 @@ class BadInput(Place):
         last = self.folder / "z.bin"
         last.write_bytes(b"last")
         process = start(self.folder, self.archive, **options)
+        self.addCleanup(process.kill)
         while not any(self.out.glob("*/new.zip")):
             self.assertIsNone(process.poll())
             time.sleep(0.005)

@@ -43,7 +43,7 @@ public:
         ++writes;
         return count;
     }
-    std::uint64_t size() override { return toldSize.value_or(bytes.size()); }
+    std::uint64_t size() override { return reportedSize.value_or(bytes.size()); }
     std::uint64_t tell() override { return position; }
     void rewind() override { seek(0); }
     void skip(std::int64_t offset) override { seek(position + static_cast<std::uint64_t>(offset)); }
@@ -57,14 +57,14 @@ public:
     bool hasError() override { return false; }
 
     std::string bytes;
-    std::optional<std::uint64_t> toldSize; ///< a lie about the size
+    std::optional<std::uint64_t> reportedSize; ///< what size() returns instead
     std::size_t position = 0;
     bool atEnd = false;
     int reads = 0;
     int writes = 0;
 };
 
-/// Forwards to another source until its n-th read, write or size, which fails, as do all that follow.
+/// Forwards the first `goodCalls` calls of read, write and size to another source; all later ones fail.
 class FailingSource : public KelbIODevice
 {
 public:
@@ -90,8 +90,8 @@ private:
     bool works() { return left >= 0 && --left >= 0; }
 };
 
-// Narrow paths are UTF-8. Nothing that takes them needs Qt at run time, and the forms for QString only
-// forward.
+// Narrow paths are UTF-8. What takes them does not call Qt, since the Windows build without Qt uses it; the
+// forms for QString only convert.
 
 inline std::filesystem::path filePath(const std::string& path)
 {
