@@ -18,6 +18,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <utility>
 
 /// \file
 /// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it.
@@ -48,6 +49,7 @@ struct Survey
     QStringList excludes;
     QList<QFileInfo> ownFiles;
     QMap<QString, Entry> entries; ///< By the name in the archive.
+    QStringList withoutContent;   ///< Pipes, devices and links that lead nowhere.
     qint64 files = 0;
     qint64 bytes = 0;
 };
@@ -149,7 +151,9 @@ void addEntry(Survey& survey, const Entry& entry)
 void addFolder(Survey& survey, const fs::path& folder, const QString& prefix, QList<fs::path> above)
 {
     above.append(fs::canonical(folder));
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    std::error_code listing;
+    for (fs::directory_iterator at(folder), end; at != end; at.increment(listing)) {
+        const fs::directory_entry& entry = *at;
         const QString name = prefix + nameOf(entry.path());
         const QFileInfo info(entry.path());
         std::error_code error;
@@ -161,12 +165,15 @@ void addFolder(Survey& survey, const fs::path& folder, const QString& prefix, QL
             addEntry(survey, {name + u'/', false, info});
             addFolder(survey, entry, name + u'/', above);
         } else if (type != fs::file_type::regular) {
-            report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
+            survey.withoutContent.append(name);
         } else if (VelorWildcard::check(name, survey.excludes, Qt::CaseInsensitive)) {
             log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
         } else if (!survey.ownFiles.contains(info)) {
             addEntry(survey, {name, true, info});
         }
+    }
+    if (listing) {
+        throw fs::filesystem_error({}, folder, listing);
     }
 }
 
@@ -181,6 +188,9 @@ Survey lookAtFolder(const QCommandLineParser& options)
         survey.ownFiles.append(QFileInfo(startLog(options.value(u"log-dir"_s))));
     }
     addFolder(survey, QFileInfo(folder).filesystemFilePath(), {}, {});
+    for (const QString& name : std::as_const(survey.withoutContent)) {
+        report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
+    }
     if (survey.files == 0) {
         throw Failure{u"'%1' holds no file to pack"_s.arg(folder)};
     }
