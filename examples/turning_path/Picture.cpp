@@ -169,6 +169,9 @@ void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, co
 void drawArrow(QPainter& painter, const QPointF& from, const QPointF& tip, double headSize)
 {
     const QLineF shaft(from, tip);
+    if (shaft.isNull()) {
+        return;
+    }
     const double head = std::min(headSize, shaft.length());
     painter.save();
     painter.translate(tip);

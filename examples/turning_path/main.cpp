@@ -48,7 +48,7 @@ void describe(QCommandLineParser& parser)
     parser.addVersionOption();
 }
 
-/// The `count` numbers of an option; `form` tells the user what it takes.
+/// The `count` numbers of an option; `form` is what an error message says that it takes.
 QList<float> numbers(const QCommandLineParser& parser, const QString& option, qsizetype count,
                      const QString& form)
 {
