@@ -50,8 +50,8 @@ function(velor_compile_options target)
     target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII)
 endfunction()
 
-# Links the library `target`, which must miss no symbol, and exports what the file `exports` says. On Windows each symbol
-# says so itself.
+# Links the library `target`, which must miss no symbol, and exports what the file `exports` lists. On Windows each symbol
+# is marked in the source.
 function(velor_link_options target exports)
     if(NOT VELOR_SANITIZE AND NOT MSVC)
         target_link_options(${target} PRIVATE LINKER:--no-undefined)

@@ -1,4 +1,4 @@
-# Sets velor_version to the version that the sources tell in VelorBaseVersion.h.
+# Sets velor_version to the version that VelorBaseVersion.h defines.
 
 set(velor_version_header ${CMAKE_CURRENT_LIST_DIR}/../src/Velor.Base/VelorBaseVersion.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${velor_version_header})

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The walk over a text, told by `addTag` alone.
+/// The tags of a text, added one by one.
 KelbTags addedOneByOne(const QString& text)
 {
     KelbTags tags;

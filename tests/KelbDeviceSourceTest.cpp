@@ -71,7 +71,7 @@ TEST(KelbDeviceSource, KeepsThePositionWhereAMoveCannotBe)
     EXPECT_EQ(byte, '3');
     EXPECT_EQ(source.read(&byte, 1), 0u);
     EXPECT_EQ(source.read(&byte, 0), 0u);
-    EXPECT_TRUE(source.eof()) << "a read of nothing meets no end and leaves none";
+    EXPECT_TRUE(source.eof()) << "a read of 0 bytes does not change eof";
     source.seek(std::uint64_t(1) << 63);
     EXPECT_FALSE(source.eof()) << "every move clears it";
 }

@@ -27,7 +27,7 @@ std::string messagesOf(const std::function<void()>& action)
     return testing::internal::GetCapturedStderr();
 }
 
-/// What making something says, which must fail.
+/// What is printed when `make` fails.
 std::string reportOf(const std::function<HWND()>& make)
 {
     return messagesOf([&] { EXPECT_EQ(make(), nullptr); });

@@ -123,8 +123,8 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
     }
     struct : VelorPercentListener
     {
-        std::vector<int> heard;
-        void onPercent(int percent) override { heard.push_back(percent); }
+        std::vector<int> percents;
+        void onPercent(int percent) override { percents.push_back(percent); }
     } listener;
     QFile::link(root, root + q("/Sub/loop"));
     QFile::link(q("nowhere.txt"), root + q("/dangling.txt"));
@@ -137,7 +137,7 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
         EXPECT_FALSE(zip.hasFile(q("Sub/Deep/C.PNG")));
         EXPECT_FALSE(zip.hasFile(q("sub/")));
     }
-    EXPECT_THAT(listener.heard, ElementsAre(33, 66, 100));
+    EXPECT_THAT(listener.percents, ElementsAre(33, 66, 100));
     const auto records = read(archive);
     EXPECT_THAT(records, UnorderedElementsAre("sub/ 0", "sub/deep/ 0", "sub/loop/ 0", "a.txt 8 x",
                                               "sub/b.txt 8 x", "sub/deep/C.PNG 0 x"));
@@ -145,7 +145,7 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
                                     [](const auto& r) { return r.ends_with("/ 0"); }));
     const int largest = std::numeric_limits<int>::max();
     EXPECT_TRUE(VelorZipStream(archive).addFolder(root, false, {}, &listener, largest));
-    EXPECT_EQ(listener.heard.back(), largest) << "its float is beyond the range of an int";
+    EXPECT_EQ(listener.percents.back(), largest) << "its float is beyond the range of an int";
     EXPECT_THAT(read(archive), UnorderedElementsAre("sub/ 0", "a.txt 8 x", "skip.TMP 8 x"));
 }
 

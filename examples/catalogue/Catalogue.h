@@ -13,7 +13,7 @@ struct CatalogueItem
 {
     QString category;
     QString name;
-    VelorVersion version; ///< Of the library that is needed to play the clip; null where the file tells none.
+    VelorVersion version; ///< Of the library that is needed to play the clip; null where the file names none.
     KelbTags tags;        ///< Its own tags, then those of its category.
 };
 

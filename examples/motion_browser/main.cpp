@@ -45,7 +45,7 @@ void needNoDisplayForHelp(int argc, char* argv[])
     }
 }
 
-/// Without a display Qt prints several lines and aborts: one line tells a user enough.
+/// Without a display Qt prints several lines and aborts: one line is enough for a user.
 void reportNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&)
 {
     if (type == QtFatalMsg) {

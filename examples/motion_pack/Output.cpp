@@ -12,7 +12,7 @@ namespace {
 
 fs::path pathOf(const QString& name) { return QFileInfo(name).filesystemFilePath(); }
 
-/// Neither the library nor a write that was cut short tells the reason, but the next write to `probe` does.
+/// Neither the library nor a write that was cut short reports the reason, but the next write to `probe` does.
 [[noreturn]] void failToWriteTo(const QString& probe, const QString& name)
 {
     QFile file(probe);

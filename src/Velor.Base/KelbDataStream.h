@@ -19,8 +19,8 @@ namespace KelbBase {
 /// A stream of bytes with access flags, and text operations that work over any raw operations.
 ///
 /// To scan text, a stream reads up to 127 bytes ahead and goes back by `skip`, so its raw operations must be
-/// able to go back. A byte 0 ends the text of a chunk, as the single operations say. The functions are inline
-/// because only a class derived from this one can be linked.
+/// able to go back. A byte 0 ends the text of a chunk, as documented at the single operations. The functions
+/// are inline because only a class derived from this one can be linked.
 class VELOR_BASE_TYPE IDataStream
 {
 public:
@@ -30,16 +30,16 @@ public:
     static constexpr std::uint16_t AccessWrite = 2;
     /// @}
 
-    /// What the access flags say. Nothing here obeys them: they are information for the caller.
+    /// The access flags. Nothing here obeys them: they are information for the caller.
     /// @{
     virtual bool canRead() { return (mAccess & AccessRead) != 0; }
     virtual bool canWrite() { return (mAccess & AccessWrite) != 0; }
     /// @}
     virtual ~IDataStream() = default;
 
-    /// Reads up to `count` bytes and returns how many came: never more than `count`, 0 at the end.
+    /// Reads up to `count` bytes and returns how many were read: never more than `count`, 0 at the end.
     virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
-    /// Writes `count` bytes and returns how many were written; a stream that cannot write gives 0.
+    /// Writes `count` bytes and returns how many were written; a stream that cannot write returns 0.
     virtual std::uint64_t write([[maybe_unused]] const void* buffer, [[maybe_unused]] std::uint64_t count)
     {
         return 0;
@@ -56,11 +56,11 @@ public:
                                                            const std::string& delimiters);
     /// Reads up to the next line feed, which is consumed, and drops it and a carriage return in front of it.
     /// `trim` takes the white space of ASCII from both ends. A line without a line feed ends with the data;
-    /// an empty result is an empty line or the end, which `eof` tells apart. What follows a byte 0 in the 127
-    /// bytes that are read at a time is lost, and a line feed there is not seen.
+    /// an empty result is an empty line or the end, which `eof` distinguishes. What follows a byte 0 in the
+    /// 127 bytes that are read at a time is lost, and a line feed there is not seen.
     VELOR_BASE_PRIVATE virtual std::string readLine(bool trim);
     /// Everything from the start to the end, wherever the position stood. It ends at the end of the stream or
-    /// at a read that gives nothing.
+    /// at a read that returns 0.
     VELOR_BASE_PRIVATE virtual std::string readAll();
     /// Moves behind the next byte that is in `delimiters`, or a byte 0, and returns how many bytes that took,
     /// the delimiter included; without one, behind the end.
@@ -104,15 +104,15 @@ private:
 
     std::uint64_t readScratch(Scratch& scratch, std::uint64_t count)
     {
-        const std::uint64_t came = read(scratch, count);
-        scratch[came] = 0;
-        return came;
+        const std::uint64_t bytesRead = read(scratch, count);
+        scratch[bytesRead] = 0;
+        return bytesRead;
     }
 
-    /// Of `came` bytes read, `used` have been taken, and the delimiter behind them.
-    void moveBehindDelimiter(std::uint64_t used, std::uint64_t came)
+    /// Of the last `bytesRead` bytes, `used` have been taken, and the delimiter behind them.
+    void moveBehindDelimiter(std::uint64_t used, std::uint64_t bytesRead)
     {
-        skip(static_cast<std::int32_t>(used) + 1 - static_cast<std::int32_t>(came));
+        skip(static_cast<std::int32_t>(used) + 1 - static_cast<std::int32_t>(bytesRead));
     }
 };
 
@@ -124,8 +124,8 @@ inline std::uint64_t IDataStream::readDelimited(void* buffer, std::uint64_t maxC
     Scratch scratch;
     std::uint64_t total = 0;
     while (total < maxCount) {
-        const std::uint64_t came = readScratch(scratch, (std::min)(maxCount - total, ScratchSize));
-        if (came == 0) {
+        const std::uint64_t bytesRead = readScratch(scratch, (std::min)(maxCount - total, ScratchSize));
+        if (bytesRead == 0) {
             break;
         }
         const std::uint64_t length = std::strcspn(scratch, delimiters.c_str());
@@ -133,8 +133,8 @@ inline std::uint64_t IDataStream::readDelimited(void* buffer, std::uint64_t maxC
             std::memcpy(text + total, scratch, length);
         }
         total += length;
-        if (length < came) {
-            moveBehindDelimiter(length, came);
+        if (length < bytesRead) {
+            moveBehindDelimiter(length, bytesRead);
             if (text != nullptr && endsLines && total != 0 && text[total - 1] == '\r') {
                 --total;
             }
@@ -151,13 +151,13 @@ inline std::string IDataStream::readLine(bool trim)
 {
     std::string line;
     Scratch scratch;
-    while (const std::uint64_t came = readScratch(scratch, ScratchSize)) {
+    while (const std::uint64_t bytesRead = readScratch(scratch, ScratchSize)) {
         char* lineFeed = std::strchr(scratch, '\n');
         if (lineFeed == nullptr) {
             line += scratch;
             continue;
         }
-        moveBehindDelimiter(static_cast<std::uint64_t>(lineFeed - scratch), came);
+        moveBehindDelimiter(static_cast<std::uint64_t>(lineFeed - scratch), bytesRead);
         line.append(scratch, lineFeed);
         if (line.ends_with('\r')) {
             line.pop_back();
@@ -178,11 +178,11 @@ inline std::string IDataStream::readAll()
     std::string content;
     seek(0);
     while (!eof()) {
-        const std::uint64_t came = read(chunk.data(), chunk.size());
-        if (came == 0) {
+        const std::uint64_t bytesRead = read(chunk.data(), chunk.size());
+        if (bytesRead == 0) {
             break;
         }
-        content.append(chunk, 0, came);
+        content.append(chunk, 0, bytesRead);
     }
     return content;
 }
@@ -191,13 +191,13 @@ inline std::uint64_t IDataStream::skipDelimited(const std::string& delimiters)
 {
     Scratch scratch;
     std::uint64_t total = 0;
-    while (const std::uint64_t came = readScratch(scratch, ScratchSize)) {
+    while (const std::uint64_t bytesRead = readScratch(scratch, ScratchSize)) {
         const std::uint64_t length = std::strcspn(scratch, delimiters.c_str());
-        if (length < came) {
-            moveBehindDelimiter(length, came);
+        if (length < bytesRead) {
+            moveBehindDelimiter(length, bytesRead);
             return total + length + 1;
         }
-        total += came;
+        total += bytesRead;
     }
     return total;
 }

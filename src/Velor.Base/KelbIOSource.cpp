@@ -67,7 +67,7 @@ void setFileLength(const WideString& path, std::uint64_t size)
 
 struct KelbFile::Record
 {
-    /// What the stream did last. Between a read and a write the C library wants to be told.
+    /// What the stream did last. The C library wants a seek or a flush between a read and a write.
     enum class Operation
     {
         Move,
@@ -80,7 +80,7 @@ struct KelbFile::Record
     WideString path;
     bool closeFailed = false;
     Operation last = Operation::Move;
-    /// Given to the stream: some C libraries ignore a size that comes without memory.
+    /// Passed to the stream, since some C libraries ignore a size without memory.
     std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(FileBufferSize);
 
     void open(const WCHAR* streamMode)
@@ -107,8 +107,8 @@ struct KelbFile::Record
 
     std::uint64_t position() const
     {
-        const std::int64_t told = _ftelli64(stream);
-        return static_cast<std::uint64_t>(std::max<std::int64_t>(told, 0));
+        const std::int64_t position = _ftelli64(stream);
+        return static_cast<std::uint64_t>(std::max<std::int64_t>(position, 0));
     }
 
     bool prepareRead()

@@ -21,8 +21,9 @@ class VELOR_BASE_TYPE KelbIOSource
 public:
     virtual ~KelbIOSource() = default;
 
-    /// Reads up to `count` bytes, moves the position, and returns how many came: never more than `count`, 0
-    /// at the end. A source that gives 0 makes `eof` or `hasError` true: readers wait for one of them.
+    /// Reads up to `count` bytes, moves the position, and returns how many were read: never more than
+    /// `count`, 0 at the end. A source that returns 0 makes `eof` or `hasError` true: readers wait for one of
+    /// them.
     virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
     /// Writes `count` bytes, moves the position, and returns how many were written: fewer on a failure.
     virtual std::uint64_t write(const void* buffer, std::uint64_t count) = 0;
@@ -115,7 +116,7 @@ protected:
 ///
 /// The object owns its stream and closes it in the destructor. It is open or closed: it starts in either
 /// state, and nothing but a new object opens a file that was closed. On a closed file `read`, `write`, `size`
-/// and `tell` give 0, `eof` is true, and the rest does nothing. It cannot be copied.
+/// and `tell` return 0, `eof` is true, and the rest does nothing. It cannot be copied.
 class VELOR_BASE_TYPE KelbFile : public KelbIOSource
 {
 public:
@@ -137,12 +138,12 @@ public:
 
     /// Whether there is a file to read and write.
     VELOR_BASE_PRIVATE bool isOpen() const;
-    /// Writes out what is buffered and closes the file. `hasError` tells from then on whether that failed.
+    /// Writes out what is buffered and closes the file. `hasError` is true from then on if that failed.
     VELOR_BASE_PRIVATE void close();
 
     VELOR_BASE_PRIVATE std::uint64_t read(void* buffer, std::uint64_t count) override;
     VELOR_BASE_PRIVATE std::uint64_t write(const void* buffer, std::uint64_t count) override;
-    /// 0 where the system cannot tell, as for a pipe. Clears `eof`.
+    /// 0 where the system does not know it, as for a pipe. Clears `eof`.
     VELOR_BASE_PRIVATE std::uint64_t size() override;
     /// The position.
     VELOR_BASE_PRIVATE std::uint64_t tell() override;

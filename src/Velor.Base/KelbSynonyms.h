@@ -12,7 +12,7 @@ class QDebug;
 class QDomElement;
 
 /// One group of words that mean the same, read from XML alone. The words are kept in lower case
-/// (QString::toLower), in the order in which they came, duplicates and empty words included. A plain,
+/// (QString::toLower), in the order of the XML, duplicates and empty words included. A plain,
 /// implicitly shared value; a moved-from group has no words.
 class VELOR_BASE_EXPORT KelbSynonym
 {
@@ -50,7 +50,7 @@ private:
 
 Q_DECLARE_SHARED(KelbSynonym)
 
-/// The groups of words that one or more synonyms files tell, and the answer to whether two words stand
+/// The groups of words that one or more synonyms files list, and the answer to whether two words stand
 /// together in one of them. Nothing but `load` adds groups.
 ///
 /// The set owns its groups. A copy has groups of its own, whose words are implicitly shared with the source;

@@ -24,7 +24,7 @@ QStringView withoutLeadingBlanks(QStringView text)
 }
 
 /// The tags of `text` in the order of `QStringList::sort`. Equal ones become neighbours, the first of the
-/// text in front, so that comparisons alone tell duplicates, as in `addTag`.
+/// text in front, so that comparisons alone find duplicates, as in `addTag`.
 QList<QString> tagsOf(const QString& text, bool usesDefault)
 {
     QVarLengthArray<QStringView, 32> parts;

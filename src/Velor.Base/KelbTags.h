@@ -14,7 +14,7 @@ class QDomElement;
 ///
 /// Three rules of case stand side by side. Two tags are the same tag when QString::compare ignoring case says
 /// so; `removeTag` alone compares exactly; and the questions that take synonyms ask those, which lower both
-/// words. No tag is ever rewritten: of two equal tags, the one that came first stays as it was spelled.
+/// words. No tag is ever rewritten: of two equal tags, the first stays as it was spelled.
 ///
 /// After `fromString` and `readXML` the list is sorted ignoring case and no two tags are equal;
 /// `fromStringList` only sorts, and `addTag` and `learnFromTags` append. No operation reports an error, for
@@ -22,7 +22,7 @@ class QDomElement;
 class VELOR_BASE_EXPORT KelbTags
 {
 public:
-    /// "Default", the tag that a text without tags gives to an item.
+    /// "Default", the tag that an item gets from a text without tags.
     static const QString DefaultTag;
     /// "male", the word whose synonyms are the male tags.
     static const QString MaleTag;
@@ -97,7 +97,7 @@ public:
     /// Whether both lists are of one length and every tag of this set is in `other`, ignoring case, in any
     /// order. With duplicates, which `fromStringList` lets in, the two sides may answer differently: `a, a`
     /// equals `a, b`, and `a, b` does not equal `a, a`. So there is no qHash: a hash that follows this
-    /// equality could tell no more than the number of tags.
+    /// equality depends on no more than the number of tags.
     /// @{
     bool operator==(const KelbTags& other) const;
     bool operator!=(const KelbTags& other) const { return !(*this == other); }

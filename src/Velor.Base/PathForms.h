@@ -9,7 +9,7 @@
 /// their text; none looks at a disk.
 
 /// The UTF-16 form of UTF-8 `text`. Text that the system cannot convert, and text of 2 GiB
-/// or more, gives an empty string.
+/// or more, results in an empty string.
 WideString utf8ToWide(std::string text);
 
 /// The extended form of `path`: a path with a drive letter gets the prefix `\\?\`, a network

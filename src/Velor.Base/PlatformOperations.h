@@ -9,8 +9,8 @@
 /// A table of operations, with no data beside them.
 ///
 /// Texts are zero-terminated and in the system's ANSI code page. Out-arguments may be null. Where nothing
-/// else is said, an operation is the call of the system that bears its name, and gives that call's result.
-/// What fails is told on standard error only where an operation says so; nothing throws but an allocation.
+/// else is documented, an operation is the call of the system that bears its name, and returns its result.
+/// A failure is reported on standard error only where that is documented; nothing throws but an allocation.
 ///
 /// `registerCrashFile` may run on any thread. A window, its dialog and its hook belong to one thread, and the
 /// error dialog exists once in the process.
@@ -72,7 +72,7 @@ struct PlatformOperations
     int (*setForegroundWindow)(HWND window);
     void (*getCursorPosition)(int* x, int* y);
 
-    /// Tells on standard error when it cannot be done, which is always so if `isWindows11OrLater` is false.
+    /// Reports on standard error when it cannot be done, which is always so if `isWindows11OrLater` is false.
     void (*setDarkTitleBar)(HWND window, bool isWindows11OrLater);
 
     /// Selector 0 is Escape and 1 is Return; no other selector has a key.
@@ -92,7 +92,7 @@ struct PlatformOperations
     std::string (*getTempDirectory)();
 
     /// Runs the program file `command`, with an administrator's rights if `isElevated`, and waits for its
-    /// end. A failure is told on standard error.
+    /// end. A failure is reported on standard error.
     void (*runCommand)(HWND owner, const char* command, bool isElevated);
 
     /// Opens `path` as the desktop does. If the rights do not suffice, it tries once more as an
@@ -102,8 +102,8 @@ struct PlatformOperations
     /// Sends `WM_SETTINGCHANGE` to all windows, and waits up to `timeoutMs` milliseconds for each.
     LRESULT (*broadcastSettingChange)(LPARAM parameter, unsigned int timeoutMs);
 
-    /// Whether any process runs a program of exactly that file name. A failure to list them gives false, with
-    /// a message if there is not even one.
+    /// Whether any process runs a program of exactly that file name. A failure to list them results in false,
+    /// with a message if there is not even one.
     bool (*isProcessRunning)(const char* executableName);
 
     /// Lets the file at `path` go along with a crash report, where the system makes such reports. False if

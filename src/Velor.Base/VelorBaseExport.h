@@ -2,7 +2,7 @@
 
 /// \file
 /// What a symbol of the shared library shows to its callers, and other marks that compilers spell
-/// differently. Everything is hidden unless it says otherwise.
+/// differently. Everything is hidden unless it is marked otherwise.
 
 // Every public header reaches this one before it declares anything. Qt's moc does not say which language it
 // reads.

@@ -145,10 +145,10 @@ public:
     /// existing file is replaced. False if the file cannot be opened; a failure to write, as on a full disk,
     /// is not seen.
     ///
-    /// Qt writes the elements by recursion. A tree that is too deep for what is left of the calling thread's
-    /// stack, endless ones included, gives false before anything on disk is touched; so do elements that
-    /// overrides of `toXml()` nest too deep. 400 levels fit a stack of 1 MiB and 3,000 one of 8 MiB, if an
-    /// override takes at most 1 KiB of stack itself.
+    /// Qt writes the elements by recursion. For a tree that is too deep for what is left of the calling
+    /// thread's stack, endless ones included, this returns false before anything on disk is touched; so it
+    /// does for elements that overrides of `toXml()` nest too deep. 400 levels fit a stack of 1 MiB and 3,000
+    /// one of 8 MiB, if an override takes at most 1 KiB of stack itself.
     ///
     /// The time grows linearly with the number of nodes, but with the square of the number of `<`, `&`, `"`
     /// and line ends in a single text: 100,000 of them in one description take a tenth of a second, a million

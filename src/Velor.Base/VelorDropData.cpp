@@ -56,7 +56,7 @@ quint32 numberAt(const char* bytes, QDataStream::ByteOrder order)
                                            : qFromLittleEndian<quint32>(bytes);
 }
 
-/// Whether `stream` can read its next variant safely, told from the variant's first bytes, which stay in the
+/// Whether `stream` can read its next variant safely, judged by the variant's first bytes, which stay in the
 /// stream. Qt itself reserves what a container announces, and follows nested variants as deep as they go.
 QDataStream::Status lookAhead(const QDataStream& stream)
 {
@@ -87,7 +87,7 @@ QDataStream::Status lookAhead(const QDataStream& stream)
     return isTooLong ? QDataStream::ReadPastEnd : QDataStream::Ok;
 }
 
-/// Sets the stream's status to what the reading of `value` came to, and returns whether that is `Ok`.
+/// Sets the stream's status to the result of reading `value`, and returns whether that is `Ok`.
 bool readPlainVariant(QDataStream& stream, QVariant& value)
 {
     stream.setStatus(lookAhead(stream));

@@ -13,7 +13,7 @@ class QMimeData;
 class QPixmap;
 
 /// What travels with a drag inside the application, and between two running copies of it: a list of named
-/// items, each with bytes of its own, and a number that tells what kind of thing is dragged. A second service
+/// items, each with bytes of its own, and a number for the kind of thing that is dragged. A second service
 /// makes the image that the cursor carries meanwhile.
 ///
 /// A plain value: copies share the items until one side changes, and one object belongs to one thread at a
@@ -102,7 +102,7 @@ public:
     /// supplies, comes behind them as the last card.
     ///
     /// Each card is scaled to fit its slot, keeps its shape, and stands in the slot's top left corner. What
-    /// no card covers is transparent. A single card is given as it was scaled, without a slot around it. A
+    /// no card covers is transparent. A single card is returned as it was scaled, without a slot around it. A
     /// null pixmap, or a plus image that cannot be loaded, takes its slot and draws nothing. No card at all
     /// gives a null pixmap.
     ///
@@ -118,7 +118,7 @@ private:
     Type mType = Nothing;
 };
 
-/// Writes the payload in the form that the class tells.
+/// Writes the payload in the form that the class documents.
 VELOR_BASE_EXPORT QDataStream& operator<<(QDataStream& stream, const VelorDropData& payload);
 
 /// Reads a payload: its items come behind those that are there, its type replaces the old one.

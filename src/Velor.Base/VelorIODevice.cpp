@@ -60,7 +60,7 @@ bool VelorIODevice::write(const QString& text, bool terminate) { return write(QS
 
 bool VelorIODevice::write(QStringView text, bool terminate)
 {
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = text.toUtf8(); // Has a byte 0 behind its end.
     return writeBytes(*mSource, bytes, static_cast<std::uint64_t>(bytes.size()) + (terminate ? 1 : 0));
 }
 
@@ -88,7 +88,7 @@ bool VelorIODevice::write(const TMat4d<float>& value)
 bool VelorIODevice::write(const QDomDocument& document)
 {
     QString text;
-    QTextStream stream(&text, QIODevice::ReadWrite);
+    QTextStream stream(&text, QIODevice::WriteOnly);
     saveIndented(document, stream);
     return writeBytes(*mSource, text.toUtf8());
 }
@@ -180,8 +180,8 @@ bool VelorIODevice::loadBytesFrom(const QString& path, unsigned char*& data, std
         return false;
     }
     data = new unsigned char[size];
-    const std::uint64_t came = file.read(data, size);
-    std::fill(data + came, data + size, static_cast<unsigned char>(0));
+    const std::uint64_t bytesRead = file.read(data, size);
+    std::fill(data + bytesRead, data + size, static_cast<unsigned char>(0));
     return true;
 }
 

@@ -43,7 +43,7 @@ concept VelorText = VelorTextOf<Text, char> || VelorTextOf<Text, char8_t> || Vel
 /// a string is read byte by byte, so a source should buffer. A write returns whether all of it was written,
 /// stops where the source falls short, and leaves what was written. A read reports no failure: what is
 /// missing at the end of the data is 0, so that a quaternion or a matrix from there is all zeros. Over a
-/// KelbDeviceSource, `eof` after the last value tells whether something was missing.
+/// KelbDeviceSource, `eof` after the last value is true if something was missing.
 class VELOR_BASE_EXPORT VelorIODevice : public KelbIODevice
 {
 public:
@@ -90,10 +90,10 @@ public:
     bool write(const ::quat& value);
     bool write(const ::TMat4d<float>& value);
     /// @}
-    /// Writes the text in one call of the source; an empty document writes nothing and gives true. The bytes
-    /// are UTF-8 whatever encoding the document declares, so it should declare none or UTF-8.
+    /// Writes the text in one call of the source; an empty document writes nothing and returns true. The
+    /// bytes are UTF-8 whatever encoding the document declares, so it should declare none or UTF-8.
     bool write(const QDomDocument& document);
-    /// Writes the text in one call of the source; an empty document writes nothing and gives false.
+    /// Writes the text in one call of the source; an empty document writes nothing and returns false.
     bool write(const QJsonDocument& document);
     /// Writes `count` vectors, without their number.
     bool writeArray(const ::TVec3d<float>* values, std::uint64_t count);
@@ -109,8 +109,8 @@ public:
     /// Reads up to a byte 0, which is consumed, or the end of the data. Invalid UTF-8 becomes U+FFFD.
     QString readString();
     /// Reads everything up to the end of the source. The document is empty when nothing is left, when the
-    /// source delivers less than its size told, when the text does not parse, and when it has 2 GiB or more.
-    /// Qt frees a document by recursion, so that very deep nesting takes stack.
+    /// source delivers less than the size that it reported, when the text does not parse, and when it has 2
+    /// GiB or more. Qt frees a document by recursion, so that very deep nesting takes stack.
     QDomDocument readDomDocument();
     /// Like `readDomDocument`, for JSON.
     QJsonDocument readJsonDocument();
@@ -118,11 +118,11 @@ public:
     /// A name for a new file in the directory of `path`: the base name of `path`, each UTF-16 unit that is no
     /// letter or number replaced by an underscore, then `extension`, which brings its own full stop. Where
     /// that exists, "_1" to "_9998" is put in front of `extension`, and the last of these is returned even
-    /// though it exists. Nothing is created: two callers can be given one name.
+    /// though it exists. Nothing is created: two callers can get one name.
     static QString safeFilename(QString path, QString extension);
     /// Reads a whole file into `data`, which the caller frees by `delete[]`; bytes that cannot be read are 0.
-    /// A file that is missing or cannot be opened changes nothing and gives false; an empty one sets `size`
-    /// to 0 and gives false. A file too large for memory throws `std::bad_alloc`.
+    /// A file that is missing or cannot be opened changes nothing and returns false; an empty one sets `size`
+    /// to 0 and returns false. A file too large for memory throws `std::bad_alloc`.
     [[nodiscard]] static bool loadBytesFrom(const QString& path, unsigned char*& data, std::uint64_t& size);
 
 private:

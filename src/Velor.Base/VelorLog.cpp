@@ -90,7 +90,8 @@ void writeFileLine(std::ofstream& file, std::initializer_list<std::string_view> 
 
 bool isUtf8(const std::string& text) { return QByteArrayView(text).isValidUtf8(); }
 
-/// Opens `file` by a name in UTF-8, which Windows would take for text of its code page if it came as bytes.
+/// Opens `file` by a name in UTF-8, which Windows would take for text of its code page if it was passed as
+/// bytes.
 void openFile(std::ofstream& file, const std::string& name)
 {
     if (isUtf8(name)) {

@@ -26,9 +26,9 @@ class QAnyStringView;
 class QByteArray;
 class QDebug;
 
-/// What C++ would take for a bool although it is none: a text, like every pointer, is silently true, and so
-/// is a level. Operations of logging with a flag have an overload for these that does not compile, so that
-/// `logError("no clip", "render")` is not taken for a message that keeps off the console.
+/// The types that convert to `bool` although none is meant: pointers, string literals among them, and
+/// enumerations such as a level. Operations of logging with a flag have an overload for these that does not
+/// compile, so that `logError("no clip", "render")` is not taken for a message that keeps off the console.
 template <typename T>
 concept VelorLogNoFlag = std::is_convertible_v<const T&, const volatile void*> || std::is_enum_v<T>;
 
@@ -140,13 +140,13 @@ public:
     };
 
     /// Creates the log file at the path `name`, truncating a file that is there. The folder is not created.
-    /// If the file does not open, a line on standard error says so and the log works without it.
+    /// If the file does not open, a line on standard error reports it and the log works without it.
     ///
     /// The path is UTF-8, on Windows too. Other bytes are passed to the system unchanged: Linux takes any
     /// bytes for a name, Windows takes them for text of its code page. A crash report on Windows takes the
     /// file along if the code page can express its path.
     explicit VelorLog(const std::string& name);
-    /// Closes the file. The listeners are not told.
+    /// Closes the file. The listeners are not notified.
     ~VelorLog();
     VelorLog(const VelorLog&) = delete;
     VelorLog& operator=(const VelorLog&) = delete;
@@ -214,8 +214,8 @@ private:
     void writeToFile(std::string_view prefix, std::string_view text);
     const std::string& timeStamp(std::time_t now);
 
-    // The flags are atomic because their getters take no lock.
     std::ofstream mFile;
+    // Atomic because their getters take no lock.
     std::atomic<Level> mMaxLogLevel = Debug2;
     std::atomic<bool> mDebugOutputEnabled = true;
     std::atomic<bool> mFileOutputSuppressed = false;
@@ -243,14 +243,15 @@ public:
 
     /// Called for each message that passes a log's threshold, on the thread that logs, under the log's lock.
     /// `message` has the level's prefix and no time; `logName` is the path of the log's file. `skipOutput`
-    /// comes as the listener before left it; true after the last listener keeps the message off the console
-    /// and the file. A listener had better not throw: see VelorLog::logMessage.
+    /// is false for the first listener, and each later one gets the value that the one before it left; if it
+    /// is true after the last, the message goes neither to the console nor to the file. A listener had better
+    /// not throw: see VelorLog::logMessage.
     virtual void onLogMessage(const std::string& message, VelorLog::Level level, bool skipConsole,
                               const std::string& logName, bool& skipOutput) = 0;
 };
 
-/// The process's log channels: owns them, files them under a short name, keeps one as the default and decides
-/// where log files lie and how long they stay.
+/// The process's log channels: owns them, registers them by a short name, keeps one as the default and
+/// decides where log files lie and how long they stay.
 ///
 /// An application starts its logging with setupDefaultLog. Without a default log, messages for it are lost
 /// with a warning on standard error, and nothing fails.
@@ -265,14 +266,14 @@ public:
     /// The one instance, built at the first call. At the end of the process it deletes the logs that it made.
     static VelorLogManager& getSingleton();
 
-    /// The log filed under `name`, made on first demand with the file `directory`/`name`.log. An empty
-    /// `directory` is the last one given to setupDefaultLog, or the user's desktop. The directory is not
-    /// created. A `name` that exists gives that log and ignores `directory`. The first log becomes the
-    /// default, a later one if `makeDefault` says so. Two threads that create one name get one log. Owned by
-    /// the manager.
+    /// The log registered as `name`, made on first demand with the file `directory`/`name`.log. An empty
+    /// `directory` is the last one passed to setupDefaultLog, or the user's desktop. The directory is not
+    /// created. If a log of that name exists, it is returned and `directory` is ignored. The first log
+    /// becomes the default, a later one if `makeDefault` is true. Two threads that create one name get one
+    /// log. Owned by the manager.
     VelorLog* createLog(const std::string& name, std::string directory = {}, bool makeDefault = false);
 
-    /// The log filed under `name`, or null.
+    /// The log registered as `name`, or null.
     VelorLog* getLog(const std::string& name);
 
     /// The log of messages without a log name, or null.
@@ -281,13 +282,13 @@ public:
     /// manager deletes no log for having been the default.
     VelorLog* setDefaultLog(VelorLog* log);
 
-    /// Deletes the log filed under `name`, if any. If it was the default, there is no default any more.
+    /// Deletes the log registered as `name`, if any. If it was the default, there is no default any more.
     void destroyLog(const std::string& name);
-    /// Deletes `log` if it is filed here; the default as above.
+    /// Deletes `log` if this manager owns it; the default as above.
     void destroyLog(VelorLog* log);
 
-    /// Logs on the log filed under `logName`, silently on none if the name is unknown; with an empty name on
-    /// the default log.
+    /// Logs on the log registered as `logName`, silently on none if the name is unknown; with an empty name
+    /// on the default log.
     void logMessage(const std::string& message, VelorLog::Level level = VelorLog::Info,
                     bool skipConsole = false, const std::string& logName = {});
     /// `logMessage` at the level of this name.

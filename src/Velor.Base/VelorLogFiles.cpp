@@ -12,7 +12,7 @@ namespace {
 constexpr qint64 RetentionSeconds = 86400;
 constexpr QLatin1StringView TimeStampFormat("yyyy-MM-dd_hh-mm-ss");
 
-/// The form of the base names of the log files of `prefix`. It does not tell where the name begins.
+/// The form of the base names of the log files of `prefix`. It is not anchored at the beginning of the name.
 QRegularExpression logFileForm(const QString& prefix)
 {
     return QRegularExpression(QStringLiteral("%1_(\\d{4})-(\\d{2})-(\\d{2})_(\\d{2})-(\\d{2})-(\\d{2})$")

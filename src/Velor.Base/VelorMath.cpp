@@ -28,7 +28,7 @@ struct Weights
 };
 
 /// The Bernstein polynomials at `t`. Powers are products here: of a float, the square is exact in double and
-/// the cube is rounded once, so that both, rounded to float, are what pow gives.
+/// the cube is rounded once, so that both, rounded to float, are what pow returns.
 /// benchmarks/MathsComparison.cpp compares them for every float.
 Weights bernstein(float t)
 {
@@ -183,7 +183,7 @@ QList<VelorCurveKnot> emptyList(qsizetype count)
 {
     QList<VelorCurveKnot> knots;
     knots.reserve(count);
-    if (knots.capacity() < count) { // reserve does not tell
+    if (knots.capacity() < count) { // reserve reports no failure
         qBadAlloc();
     }
     return knots;

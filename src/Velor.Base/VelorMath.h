@@ -136,15 +136,15 @@ public:
     ///        none for 0 or less, and a negative one lets the curve end beyond `target`
     /// \param segments the number of segments of the curve; 0 gives one knot of NaN, less gives none
     /// \return `segments` + 1 knots in order of travel at even steps of the parameter, their tangents of unit
-    ///         length or zero; then, where there is a run-in, one knot of `target` and `heading` as they came
-    ///         in. The last knot of the curve may miss its end by the rounding of the steps.
+    ///         length or zero; then, where there is a run-in, one knot of `target` and `heading`
+    ///         unchanged. The last knot of the curve may miss its end by the rounding of the steps.
     /// \throws std::bad_alloc when there is no memory for the knots
     static QList<VelorCurveKnot> turningCurve(::TVec2d<float> start, ::TVec2d<float> target,
                                               ::TVec2d<float> heading, float bulge, float handleLength,
                                               float runIn, int segments);
 
     /// Writes `easeInEaseOut` with exponent 2 into a text file for plotting: 101 lines of `t` and the value,
-    /// a blank between them, as decimal numbers of up to 6 digits. Does nothing, and says nothing, when the
-    /// file cannot be opened for writing.
+    /// a blank between them, as decimal numbers of up to 6 digits. Does nothing, and reports nothing, when
+    /// the file cannot be opened for writing.
     static void plotCurve(const QString& path);
 };

@@ -8,7 +8,7 @@
 /// for bit.
 ///
 /// The numbers are those of the 32-bit Mersenne Twister MT19937 (Matsumoto and Nishimura, 1998), seeded by
-/// its `init_genrand`, from the 38th on: what `std::mt19937` gives after `discard(37)`. They are fit for
+/// its `init_genrand`, from the 38th on: what `std::mt19937` returns after `discard(37)`. They are fit for
 /// motion and for tests, not for secrets.
 ///
 /// An object belongs to one thread at a time; separate objects are independent of each other. The destructor
@@ -27,8 +27,8 @@ public:
     VelorRandom& operator=(const VelorRandom& other);
     ~VelorRandom();
 
-    /// A number from 0 to `n` - 1: one draw, scaled. Nothing is drawn for an `n` of 1, which gives 0, nor for
-    /// one of 0 or less, which gives -2147483648. The smallest int counts as 2147483648.
+    /// A number from 0 to `n` - 1: one draw, scaled. Nothing is drawn for an `n` of 1, which results in 0,
+    /// nor for one of 0 or less, which results in -2147483648. The smallest int counts as 2147483648.
     virtual int nextInt(int n);
     /// A number from 0 up to but not including 1, in steps of 2^-32: one draw.
     virtual double next();

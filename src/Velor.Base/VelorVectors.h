@@ -11,7 +11,7 @@
 /// Small value types of motion code: vectors, a 4 by 4 matrix and a quaternion.
 ///
 /// All are trivially copyable with public fields and no padding, so that an array of them is an array of
-/// their components. Arithmetic works per component unless a name says otherwise. Comparison is exact, so
+/// their components. Arithmetic works per component unless documented otherwise. Comparison is exact, so
 /// that NaN equals nothing and the two zeros are equal.
 ///
 /// Debug output needs `<QDebug>` where it is used: it is a template here, so that motion code does not pay

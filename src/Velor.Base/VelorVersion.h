@@ -21,12 +21,12 @@ public:
     /// The null version 0.0.0.
     constexpr VelorVersion() = default;
 
-    /// The version that `text` tells: up to three numbers separated by dots, as in `6.1.2`, `v6.1`,
+    /// The version that `text` names: up to three numbers separated by dots, as in `6.1.2`, `v6.1`,
     /// `Version 6.1.2` or `6.1.2 beta 4`.
     ///
     /// Every "Version " goes in any case, then every small `v`, then all from the first blank on; empty parts
     /// do not count. A part is read by QString::toInt: signs are taken, and what is missing, out of its range
-    /// or written in other digits than 0 to 9 gives 0. No text is refused.
+    /// or written in other digits than 0 to 9 becomes 0. No text is refused.
     VelorVersion(QString text);
 
     /// The first, second and third part.
@@ -47,7 +47,7 @@ public:
 
     /// The parts without dots, each padded with zeros to two digits at least: only the first when `parts` is
     /// 0, the first two when it is 1, all three for any other value. 6.1.2 gives `06`, `0601` and `060102`;
-    /// a null version gives an empty text.
+    /// a null version has an empty text.
     QString toCodeString(int parts) const;
 
     /// Whether the first part is 0.

@@ -8,9 +8,9 @@
 /// Matches the names of files against wildcard patterns: `*` for any characters, `?` for one, `[abc]` and
 /// `[!abc]` for one of a set. The pattern must cover the whole name.
 ///
-/// Only the file name of a path counts, as `QFileInfo::fileName` gives it, never its directories. A path that
-/// ends in a separator has the empty name. What separates is up to the system: a backslash, and a drive such
-/// as `c:`, end a directory on Windows alone. Any thread may call this at any time.
+/// Only the file name of a path counts, as `QFileInfo::fileName` returns it, never its directories. A path
+/// that ends in a separator has the empty name. What separates is up to the system: a backslash, and a drive
+/// such as `c:`, end a directory on Windows alone. Any thread may call this at any time.
 class VELOR_BASE_EXPORT VelorWildcard
 {
 public:

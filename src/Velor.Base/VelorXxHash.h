@@ -8,7 +8,7 @@
 class KelbIOSource;
 
 /// The 64-bit content hash XXH64 of the xxHash library, with seed 0: the digest that every other
-/// implementation of it gives for the same bytes.
+/// implementation of it computes for the same bytes.
 ///
 /// An object is a running hash, used by one thread at a time. The one-shot forms share nothing and allocate
 /// nothing. Nothing here fails or throws but for want of memory in a constructor.
@@ -30,8 +30,9 @@ public:
 
     /// The digest of one buffer; that of no bytes where `data` is null.
     static std::uint64_t fromBytes(const void* data, std::uint64_t size);
-    /// The digest of what `source` delivers from its position on, read in blocks of 4096 bytes until it tells
-    /// its end or an error. After an error, which `source->hasError` tells, it covers the bytes until then.
+    /// The digest of what `source` delivers from its position on, read in blocks of 4096 bytes until it
+    /// reports its end or an error. After an error, which `source->hasError` reports, it covers the bytes
+    /// until then.
     static std::uint64_t fromSource(KelbIOSource* source);
 
 private:

@@ -79,9 +79,9 @@ bool isHidden(const WideString& name) { return name.front() == '.'; }
 
 bool hasFullStop(const WideString& name) { return name.find(WCHAR('.')) != WideString::npos; }
 
-/// Whether a folder or file directly in `folder` would be packed, had its name a form in UTF-8. Qt passes
-/// over such names, folders with all that they hold.
-bool losesEntries(const QString& folder)
+/// Whether `folder` itself has an entry that would be packed, but whose name is not valid UTF-8. QDirIterator
+/// skips those, folders with all that they hold.
+bool hasUnreadableNames(const QString& folder)
 {
     std::error_code error;
     std::error_code ignored;
@@ -134,7 +134,7 @@ VelorZipStream::~VelorZipStream()
     if (isGood()) {
         finish();
     }
-    mOut->close();
+    mOut->close(); // A failure of this alone sets the failbit, and leaves the archive.
     if (mOut->bad()) {
         QFile::remove(mPath);
     }
@@ -222,7 +222,8 @@ bool VelorZipStream::write(const QString& entry, const Call& call)
         // The style that takes both separators, whatever the system's own is.
         call(Poco::Path(name, Poco::Path::PATH_WINDOWS));
     } catch (const Poco::Exception&) {
-        // It stands for a full disk as well, which is told by the result, as are failed seeks below.
+        // Raised on a full disk, too, which the result reports. A failed seek shows in the stream's state
+        // alone.
         if (!mOut->fail()) {
             throw;
         }
@@ -250,7 +251,7 @@ bool VelorZipStream::addEntry(const QString& name, std::istream& input)
             mCompress->addFile(stream, Poco::DateTime(), path, ZipCommon::CM_AUTO, ZipCommon::CL_MAXIMUM);
         } catch (...) {
             // A name is rejected before anything is read; what fails later leaves half an entry.
-            if (watched.wasTouched()) {
+            if (watched.wasRead()) {
                 fail();
             }
             throw;
@@ -269,7 +270,7 @@ bool VelorZipStream::addEntry(const QString& name, std::istream& input)
 
 bool VelorZipStream::addSubfolders(const QDir& root, bool recursive)
 {
-    if (losesEntries(root.path())) {
+    if (hasUnreadableNames(root.path())) {
         return fail();
     }
     QDirIterator folders(root.path(), {QStringLiteral("*")}, QDir::Dirs, walkFlags(recursive));
@@ -280,7 +281,7 @@ bool VelorZipStream::addSubfolders(const QDir& root, bool recursive)
         if (name == QLatin1String(".") || name == QLatin1String("..") || !folders.fileInfo().isDir()) {
             continue;
         }
-        if (recursive && losesEntries(path)) {
+        if (recursive && hasUnreadableNames(path)) {
             return fail();
         }
         if (!addFolderEntry(root.relativeFilePath(path))) {

@@ -120,11 +120,11 @@ public:
     void addUncompressedExtension(const QString& extension);
 
     /// Whether a file was added under exactly this name, with its folders in lower case and its separators
-    /// as they were given. Folders do not count.
+    /// as they were passed. Folders do not count.
     bool hasFile(const QString& name) const;
 
 protected:
-    /// Whether the extension of `name` was not given to `addUncompressedExtension`.
+    /// Whether the extension of `name` was not passed to `addUncompressedExtension`.
     bool canCompress(const QString& name) const;
 
 private:

@@ -6,10 +6,10 @@
 #include <streambuf>
 
 /// Hands on the bytes of another buffer, and knows whether all of them were read. The flags of a stream do
-/// not tell: whoever reads may have set or cleared them.
+/// not show it: whoever reads may have set or cleared them.
 ///
-/// A reader may ask for the position and the size of any input, of one that cannot seek as well: only a read
-/// elsewhere than behind the read before it moves the other buffer.
+/// Seeking only records the position; the other buffer is moved by the next read that does not follow the one
+/// before it. So the position and the size can be asked even of an input that cannot seek.
 class WatchedInput : public std::streambuf
 {
 public:
@@ -20,10 +20,11 @@ public:
         moveInput(0);
     }
 
-    bool wasTouched() const { return mWasTouched; }
+    bool wasRead() const { return mWasRead; }
 
     /// Whether every byte up to the end was read, and at least as many as there were at first. Not every
-    /// standard library tells a failed read from the end; files such as those in `/proc` have no size.
+    /// standard library distinguishes a failed read from the end; files such as those in `/proc` have no
+    /// size.
     bool wasReadToEnd() const { return mIsEndReached && !mHasFailed && mBytesInOrder >= mSize; }
 
 protected:
@@ -75,7 +76,7 @@ private:
     template <typename Read, typename Result>
     Result guarded(const Read& read, Result failure)
     {
-        mWasTouched = true;
+        mWasRead = true;
         try {
             if (mPosition == mInputPosition || moveInput(mPosition)) {
                 return read();
@@ -101,7 +102,7 @@ private:
     off_type mPosition = 0;      ///< Where the next read starts.
     off_type mInputPosition = 0; ///< Where the other buffer stands.
     off_type mBytesInOrder = 0;  ///< Every byte in front of this one was read.
-    bool mWasTouched = false;
+    bool mWasRead = false;
     bool mIsEndReached = false;
     bool mHasFailed = false;
 };

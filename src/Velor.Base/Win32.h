@@ -247,7 +247,7 @@ HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD process);
 BOOL Process32First(HANDLE snapshot, PROCESSENTRY32* entry);
 BOOL Process32Next(HANDLE snapshot, PROCESSENTRY32* entry);
 
-// Only moved files, processes and windows tell their last error.
+// Only moved files, processes and windows report their last error.
 DWORD GetLastError();
 DWORD FormatMessageA(DWORD flags, const void* source, DWORD error, DWORD language, char* buffer, DWORD size,
                      std::va_list* inserts);
@@ -300,7 +300,7 @@ HWND GetDlgItem(HWND dialog, int id);
 BOOL SetDlgItemTextA(HWND dialog, int id, const char* text);
 UINT GetDlgItemTextA(HWND dialog, int id, char* text, int size);
 
-// Focus, keys and cursor: what was set is what is told.
+// Focus, keys and cursor: what was set is what is returned.
 HWND GetForegroundWindow();
 BOOL SetForegroundWindow(HWND window);
 HWND SetFocus(HWND window);

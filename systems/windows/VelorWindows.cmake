@@ -15,7 +15,7 @@ function(velor_windows_system target)
     endif()
 endfunction()
 
-# Gives the DLL TARGET the name that it has on Windows, and a version that the system shows.
+# Sets for the DLL TARGET the name that it has on Windows, and a version that the system shows.
 function(velor_windows_dll target)
     enable_language(RC)
     set(resource ${CMAKE_CURRENT_BINARY_DIR}/version.rc)

@@ -16,7 +16,7 @@
 #include <sstream>
 
 // Files for another system: `exchange write FOLDER` writes one of each kind, and `exchange read FOLDER`, run
-// on the other system, tells what does not come back as it was written.
+// on the other system, reports what is not read as it was written.
 
 namespace {
 

@@ -11,9 +11,9 @@ class Listener : public LogListener
 public:
     void onLogMessage(const std::string& message, VelorLog::Level, bool, const std::string&, bool&) override
     {
-        heard = message;
+        received = message;
     }
-    std::string heard;
+    std::string received;
 };
 
 // Built before main: the constants of the library are alive by then.
@@ -27,7 +27,8 @@ int main()
     log.stream(VelorLog::Warning, true) << "length " << length(TVec3d<float>{2, 3, 6});
     const bool matches =
         VelorWildcard::check(QStringLiteral("clips/walk.fbx"), QStringLiteral("*.fbx"), Qt::CaseInsensitive);
-    std::cout << listener.heard << (matches ? ", matches\n" : ", does not match\n");
-    return listener.heard == "[WARNING] - length 7" && matches && Untagged.hasTag(KelbTags::DefaultTag) ? 0
-                                                                                                        : 1;
+    std::cout << listener.received << (matches ? ", matches\n" : ", does not match\n");
+    return listener.received == "[WARNING] - length 7" && matches && Untagged.hasTag(KelbTags::DefaultTag)
+               ? 0
+               : 1;
 }
