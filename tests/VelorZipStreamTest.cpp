@@ -106,6 +106,7 @@ TEST_F(VelorZipStreamTest, NamesAreTheSameOnEverySystemAndRejectedOnesRaise)
                 EXPECT_FALSE(zip.hasFile(q(name.given))) << name.rule;
             } else {
                 EXPECT_TRUE(zip.addFile(q(name.given), "x", 1)) << name.rule;
+                EXPECT_EQ(VelorZipStream::entryName(q(name.given)), q(name.entry)) << name.rule;
                 records.push_back(name.entry + std::string(" 8 x"));
             }
         }

@@ -64,6 +64,9 @@ QString withLowerCaseFolder(const QString& name)
     return separator <= 0 ? name : name.left(separator).toLower() + name.mid(separator);
 }
 
+/// In the style that takes both separators, whatever the system's own is.
+Poco::Path zipPath(const std::string& name) { return {name, Poco::Path::PATH_WINDOWS}; }
+
 std::string extensionOf(const QString& name)
 {
     return name.mid(name.lastIndexOf(u'.') + 1).toLower().toStdString();
@@ -195,6 +198,12 @@ void VelorZipStream::addUncompressedExtension(const QString& extension)
 
 bool VelorZipStream::hasFile(const QString& name) const { return mFiles.contains(name); }
 
+QString VelorZipStream::entryName(const QString& name)
+{
+    const Poco::Path path = zipPath(withLowerCaseFolder(name).toStdString());
+    return QString::fromStdString(path.toString(Poco::Path::PATH_UNIX));
+}
+
 bool VelorZipStream::canCompress(const QString& name) const
 {
     return !mStoreExtensions.contains(extensionOf(name));
@@ -219,8 +228,7 @@ bool VelorZipStream::write(const QString& entry, const Call& call)
         return fail();
     }
     try {
-        // The style that takes both separators, whatever the system's own is.
-        call(Poco::Path(name, Poco::Path::PATH_WINDOWS));
+        call(zipPath(name));
     } catch (const Poco::Exception&) {
         // Raised on a full disk, too, which the result reports. A failed seek shows in the stream's state
         // alone.

@@ -123,6 +123,11 @@ public:
     /// as they were passed. Folders do not count.
     bool hasFile(const QString& name) const;
 
+    /// The name in the archive of a file that is added as `name`: its folders are in lower case and separated
+    /// by `/`. Of two files with one such name, the archive keeps the first. Raises `Poco::Exception` for
+    /// some of the names that the zip library rejects.
+    static QString entryName(const QString& name);
+
 protected:
     /// Whether the extension of `name` was not passed to `addUncompressedExtension`.
     bool canCompress(const QString& name) const;
