@@ -82,12 +82,14 @@ void Output::putInPlace()
         for (; done < moves.size(); ++done) {
             fs::rename(moves[done].first, moves[done].second);
         }
-    } catch (...) {
-        mFolder.setAutoRemove(false); // If this fails as well, the error names what is there.
-        while (done-- > 0) {
-            fs::rename(moves[done].second, moves[done].first);
+    } catch (const fs::filesystem_error& error) {
+        std::error_code lost;
+        while (done-- > 0 && !lost) {
+            fs::rename(moves[done].second, moves[done].first, lost);
         }
-        mFolder.setAutoRemove(true);
-        throw;
+        mFolder.setAutoRemove(!lost);
+        const QString reason = QString::fromStdString(error.code().message());
+        const QString rest = lost ? u", and the older one is in '%1'"_s.arg(mFolder.path()) : QString();
+        throw Failure{u"'%1' cannot be replaced: %2%3"_s.arg(mArchive, reason, rest)};
     }
 }

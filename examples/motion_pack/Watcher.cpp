@@ -52,12 +52,6 @@ Watcher::Watcher(const QString& temporaryFolder, qint64 bytesToPack, bool isQuie
     , mThread([this](const std::stop_token& stop) { run(stop); })
 {}
 
-void Watcher::startFile(qint64 size)
-{
-    mPacked = mHashed.load();
-    mHashed += size;
-}
-
 void Watcher::run(const std::stop_token& stop)
 {
     while (!stop.stop_requested()) {
@@ -73,13 +67,14 @@ void Watcher::run(const std::stop_token& stop)
     showProgress();
 }
 
-/// Within a file, the library does not report its progress, but the system counts what is read.
+/// Each file is read twice. Within one, the library does not report its progress, but the system counts what
+/// is read.
 void Watcher::showProgress()
 {
     static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
     const int step = isTerminal ? 1 : 10; // A terminal shows the last line alone.
-    const qint64 packed = std::clamp<qint64>(bytesRead() - mReadBefore - mHashed, mPacked, mBytesToPack);
-    const int percent = mBytesToPack > 0 ? static_cast<int>(100 * packed / mBytesToPack) / step * step : 100;
+    const qint64 done = std::clamp<qint64>((bytesRead() - mReadBefore) / 2, mPacked, mBytesToPack);
+    const int percent = mBytesToPack > 0 ? static_cast<int>(100 * done / mBytesToPack) / step * step : 100;
     if (!mIsQuiet && percent > mShownPercent) {
         mShownPercent = percent;
         std::printf("packing: %d %%%c", percent, isTerminal ? '\r' : '\n');

@@ -17,8 +17,8 @@ public:
     /// At a signal, `temporaryFolder` is deleted.
     Watcher(const QString& temporaryFolder, qint64 bytesToPack, bool isQuiet);
 
-    /// The files before are packed. The next one is read twice: only the second time counts as progress.
-    void startFile(qint64 size);
+    /// A file of this size is hashed and packed.
+    void filePacked(qint64 size) { mPacked += size; }
 
 private:
     void run(const std::stop_token& stop);
@@ -30,6 +30,5 @@ private:
     const bool mIsQuiet;
     int mShownPercent = 0;
     std::atomic<qint64> mPacked = 0;
-    std::atomic<qint64> mHashed = 0;
     std::jthread mThread; ///< Last, since it uses the others.
 };

@@ -18,7 +18,7 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <utility>
+#include <functional>
 
 /// \file
 /// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it.
@@ -38,8 +38,7 @@ constexpr const char* Description =
 
 struct Entry
 {
-    QString name; ///< Relative to the folder; that of a folder ends with a slash.
-    bool isFile;
+    QString name;   ///< Relative to the folder; that of a folder ends with a slash.
     QFileInfo info; ///< Size and time as the survey found them.
 };
 
@@ -49,7 +48,6 @@ struct Survey
     QStringList excludes;
     QList<QFileInfo> ownFiles;
     QMap<QString, Entry> entries; ///< By the name in the archive.
-    QStringList withoutContent;   ///< Pipes, devices and links that lead nowhere.
     qint64 files = 0;
     qint64 bytes = 0;
 };
@@ -70,13 +68,18 @@ void report(VelorLog::Level level, const QString& text)
     log(level, line);
 }
 
-/// The text for what the survey or the move of the output raises.
-QString textOf(const fs::filesystem_error& error)
+/// Names `subject` in the failure if `action` raises another exception.
+void concerning(const QString& subject, const std::function<void()>& action)
 {
-    const QString from = QFileInfo(error.path1()).filePath();
-    const QString to = QFileInfo(error.path2()).filePath();
-    const QString what = to.isEmpty() ? u"cannot be read"_s : u"cannot be moved to '%1'"_s.arg(to);
-    return u"'%1' %2: %3"_s.arg(from, what, QString::fromStdString(error.code().message()));
+    try {
+        action();
+    } catch (const fs::filesystem_error& error) {
+        const QString reason = QString::fromStdString(error.code().message());
+        throw Failure{u"'%1' cannot be read: %2"_s.arg(subject, reason)};
+    } catch (const std::exception& error) { // Of the zip library, which rejects the name.
+        const QString reason = QString::fromUtf8(error.what());
+        throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(subject, reason)};
+    }
 }
 
 void parse(QCommandLineParser& options, const QStringList& words)
@@ -122,58 +125,56 @@ QString startLog(const QString& folder)
     return file.fileName();
 }
 
-QString nameOf(const fs::path& path)
-{
-    const std::u8string bytes = path.filename().u8string();
-    const QUtf8StringView text(bytes);
-    if (!text.isValidUtf8()) {
-        throw Failure{u"'%1' cannot be packed: its name is no valid UTF-8"_s.arg(text.toString())};
-    }
-    return text.toString();
-}
-
 void addEntry(Survey& survey, const Entry& entry)
 {
-    const QString path = QString(entry.name).replace(u'\\', u'/');
-    const qsizetype folderSize = path.lastIndexOf(u'/') + 1;
-    const QString key = path.first(folderSize).toLower() + path.sliced(folderSize);
-    const auto other = survey.entries.constFind(key);
+    const QString name = VelorZipStream::entryName(QString(entry.name).replace(u'\\', u'/'));
+    const auto other = survey.entries.constFind(name);
     // An archive keeps the first of two files, and does not report the other. Folders become one.
-    if (other != survey.entries.cend() && (entry.isFile || other->isFile)) {
+    if (other != survey.entries.cend() && (entry.info.isFile() || other->info.isFile())) {
         throw Failure{u"'%1' and '%2' would have one name in the archive"_s.arg(other->name, entry.name)};
     }
-    survey.entries.insert(key, entry);
-    survey.files += entry.isFile ? 1 : 0;
-    survey.bytes += entry.isFile ? entry.info.size() : 0;
+    survey.entries.insert(name, entry);
+    if (entry.info.isFile()) {
+        ++survey.files;
+        survey.bytes += entry.info.size();
+    }
 }
+
+void addPath(Survey& survey, const fs::directory_entry& path, const QString& name,
+             const QList<fs::path>& above);
 
 /// Adds what is in `folder`. A link to one of the folders `above` would lead in a circle.
 void addFolder(Survey& survey, const fs::path& folder, const QString& prefix, QList<fs::path> above)
 {
     above.append(fs::canonical(folder));
-    std::error_code listing;
-    for (fs::directory_iterator at(folder), end; at != end; at.increment(listing)) {
-        const fs::directory_entry& entry = *at;
-        const QString name = prefix + nameOf(entry.path());
-        const QFileInfo info(entry.path());
-        std::error_code error;
-        const fs::file_type type = entry.status(error).type();
-        if (type == fs::file_type::none && error != std::errc::too_many_symbolic_link_levels) {
-            throw fs::filesystem_error({}, entry.path(), error);
+    for (const fs::directory_entry& path : fs::directory_iterator(folder)) {
+        const std::u8string name = path.path().filename().u8string();
+        const QString shown = prefix + QUtf8StringView(name).toString();
+        if (!QUtf8StringView(name).isValidUtf8()) {
+            throw Failure{u"'%1' cannot be packed: its name is no valid UTF-8"_s.arg(shown)};
         }
-        if (type == fs::file_type::directory && !above.contains(fs::canonical(entry))) {
-            addEntry(survey, {name + u'/', false, info});
-            addFolder(survey, entry, name + u'/', above);
-        } else if (type != fs::file_type::regular) {
-            survey.withoutContent.append(name);
-        } else if (VelorWildcard::check(name, survey.excludes, Qt::CaseInsensitive)) {
-            log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
-        } else if (!survey.ownFiles.contains(info)) {
-            addEntry(survey, {name, true, info});
-        }
+        concerning(shown, [&] { addPath(survey, path, shown, above); });
     }
-    if (listing) {
-        throw fs::filesystem_error({}, folder, listing);
+}
+
+void addPath(Survey& survey, const fs::directory_entry& path, const QString& name,
+             const QList<fs::path>& above)
+{
+    const QFileInfo info(path.path());
+    std::error_code error;
+    const fs::file_type type = path.status(error).type();
+    if (type == fs::file_type::none && error != std::errc::too_many_symbolic_link_levels) {
+        throw fs::filesystem_error({}, error);
+    }
+    if (type == fs::file_type::directory && !above.contains(fs::canonical(path))) {
+        addEntry(survey, {name + u'/', info});
+        addFolder(survey, path, name + u'/', above);
+    } else if (type != fs::file_type::regular) {
+        report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
+    } else if (VelorWildcard::check(name, survey.excludes, Qt::CaseInsensitive)) {
+        log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
+    } else if (!survey.ownFiles.contains(info)) {
+        addEntry(survey, {name, info});
     }
 }
 
@@ -187,10 +188,7 @@ Survey lookAtFolder(const QCommandLineParser& options)
     if (options.isSet(u"log-dir"_s)) {
         survey.ownFiles.append(QFileInfo(startLog(options.value(u"log-dir"_s))));
     }
-    addFolder(survey, QFileInfo(folder).filesystemFilePath(), {}, {});
-    for (const QString& name : std::as_const(survey.withoutContent)) {
-        report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
-    }
+    concerning(folder, [&] { addFolder(survey, QFileInfo(folder).filesystemFilePath(), {}, {}); });
     if (survey.files == 0) {
         throw Failure{u"'%1' holds no file to pack"_s.arg(folder)};
     }
@@ -237,21 +235,17 @@ QByteArray pack(const Survey& survey, Output& output, bool isQuiet)
 {
     Watcher watcher(output.temporaryFolder(), survey.bytes, isQuiet);
     QByteArray manifest;
-    for (const auto& [name, entry] : survey.entries.asKeyValueRange()) {
-        try {
-            if (entry.isFile) {
-                watcher.startFile(entry.info.size());
-                manifest += manifestLine(entry);
-                addFile(output, name, entry);
-            } else if (!output.zip().addFolderEntry(name)) {
+    for (auto at = survey.entries.cbegin(); at != survey.entries.cend(); ++at) {
+        concerning(at->name, [&] {
+            if (at->info.isFile()) {
+                manifest += manifestLine(*at);
+                addFile(output, at.key(), *at);
+                watcher.filePacked(at->info.size());
+            } else if (!output.zip().addFolderEntry(at.key())) {
                 output.failToWrite();
             }
-        } catch (const std::exception& error) { // Of the zip library, which rejects the name.
-            const QString reason = QString::fromUtf8(error.what());
-            throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(entry.name, reason)};
-        }
+        });
     }
-    watcher.startFile(0);
     return manifest;
 }
 
@@ -294,9 +288,6 @@ int main(int argc, char* argv[])
     } catch (const Failure& error) {
         report(VelorLog::Error, error.text);
         return error.exitCode;
-    } catch (const fs::filesystem_error& error) {
-        report(VelorLog::Error, textOf(error));
-        return 1;
     } catch (const std::exception& error) {
         report(VelorLog::Error, QString::fromUtf8(error.what()));
         return 1;
