@@ -63,7 +63,7 @@ public:
     /// The name of the element of one group: "KelbSynonym".
     static const QString DocumentSynonymRoot;
 
-    /// No groups, or those of `other`, as the class tells.
+    /// No groups, or those of `other`, as described above.
     /// @{
     KelbSynonyms() = default;
     KelbSynonyms(const KelbSynonyms& other);

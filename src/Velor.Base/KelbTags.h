@@ -12,7 +12,7 @@ class QDomElement;
 /// The free words that one catalogue item carries, as an implicitly shared value. The words have a text form,
 /// `jump, run`, and live in one attribute of an XML element that belongs to the caller.
 ///
-/// Three rules of case stand side by side. Two tags are the same tag when QString::compare ignoring case says
+/// There are three rules of case. Two tags are the same tag when QString::compare ignoring case finds
 /// so; `removeTag` alone compares exactly; and the questions that take synonyms ask those, which lower both
 /// words. No tag is ever rewritten: of two equal tags, the first stays as it was spelled.
 ///
@@ -31,14 +31,14 @@ public:
 
     /// No tags at all, not even the default tag.
     KelbTags() = default;
-    /// The tags of `text` as `fromString` reads it; a text without tags gives the default tag.
+    /// The tags of `text` as `fromString` reads it; a text without tags yields the default tag.
     KelbTags(const QString& text);
     /// See `fromStringList`.
     KelbTags(QList<QString> tags);
 
     /// The name of the XML attribute that holds the tags: "tags".
     virtual QString XMLElementName();
-    /// Whether a text without tags gives the default tag: true.
+    /// Whether a text without tags yields the default tag: true.
     virtual bool usesDefault();
 
     /// Appends `tag`, empty or not, unless a tag equal ignoring case is there.
@@ -56,14 +56,14 @@ public:
 
     /// Replaces the list by the tags of `text`, which commas separate. Blanks (U+0020) in front of a tag go,
     /// those inside it and behind it stay, as does any other space character; empty tags vanish. A text
-    /// without tags gives the default tag if `usesDefault`. The time for n tags grows as n log n.
+    /// without tags yields the default tag if `usesDefault`. The time for n tags grows as n log n.
     void fromString(const QString& text);
     /// Replaces the list by `tags`, sorted ignoring case and otherwise as they are. The order of tags equal
     /// ignoring case is open.
     void fromStringList(QList<QString> tags);
 
     /// The tags in list order with ", " between them. A tag that holds a comma or begins with a blank does
-    /// not come back from this text.
+    /// not be read back from this text.
     QString toString() const;
     /// The tags in list order.
     QList<QString> toStringList() const { return mTags; }
@@ -110,12 +110,12 @@ private:
     QList<QString> mTags;
 };
 
-/// The tags of a category. They live in the attribute "categoryTags", and a text without tags gives none.
+/// The tags of a category. They live in the attribute "categoryTags", and a text without tags yields none.
 class VELOR_BASE_EXPORT VelorCategoryTags : public KelbTags
 {
 public:
     VelorCategoryTags() = default;
-    /// As the constructor of `KelbTags`: unlike in `fromString`, a text without tags gives the default tag.
+    /// As the constructor of `KelbTags`: unlike in `fromString`, a text without tags yields the default tag.
     VelorCategoryTags(const QString& text);
 
     QString XMLElementName() override;

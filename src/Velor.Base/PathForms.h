@@ -14,7 +14,7 @@ WideString utf8ToWide(std::string text);
 
 /// The extended form of `path`: a path with a drive letter gets the prefix `\\?\`, a network
 /// path the prefix `\\?\UNC\` in place of its two separators, and all slashes of both become backslashes.
-/// Every other path comes back as it is. The length plays no part, and `.`, `..` and repeated separators
+/// Every other path is returned as it is. The length plays no part, and `.`, `..` and repeated separators
 /// stay, though the system takes an extended path literally. Not idempotent: do not apply it twice.
 WideString toLongPath(WideString path);
 

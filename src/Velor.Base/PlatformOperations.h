@@ -31,7 +31,7 @@ struct PlatformOperations
     (const char* title, const char* className, HWND unused, int width, int height, int acceptId,
      const std::vector<DialogField>& fields, const ErrorDialogCallback& callback);
 
-    /// The error dialog, from a template in the resources of the program. `parent` comes from
+    /// The error dialog, from a template in the resources of the program. `parent` is made by
     /// `createErrorWindow`. Null, with a message, if the dialog cannot be made.
     HWND (*createDialog)(HWND parent, std::uint16_t resourceId);
 

@@ -314,8 +314,8 @@ bool VelorDebugTraceNode::saveToFile(const QString& path, const QString& file)
     return true;
 }
 
-/// Goes level by level: nothing recurses, a node that is reached on several ways counts once for each level,
-/// and where a node comes below itself the levels do not end.
+/// Counts level by level: nothing recurses, a node that is reached on several ways counts once for each
+/// level, and where a node is below itself the levels do not end.
 bool VelorDebugTraceNode::isDeeperThan(std::size_t levels) const
 {
     QSet<const VelorDebugTraceNode*> level{this};

@@ -122,7 +122,7 @@ public:
     void setParent(const QSharedPointer<VelorDebugTraceNode>& parent);
 
     /// Whether this node and all nodes below it take children from now on; nothing else depends on it. A node
-    /// starts enabled, whatever its parent is when it comes.
+    /// starts enabled, whatever its parent is when it is added.
     void setDebugEnabled(bool enabled);
 
     /// Clears each child, in the order of their names, then lets go of all children and empties the
@@ -133,7 +133,7 @@ public:
     /// attributes `name`, and `description` and `type` where they are not empty, and the children's elements.
     ///
     /// What XML 1.0 cannot carry (control characters except tab and line ends, U+FFFE, U+FFFF, lone
-    /// surrogates) becomes U+FFFD; everything else comes back from a parser as it was, line ends included. An
+    /// surrogates) becomes U+FFFD; a parser reads everything else back as it was, line ends included. An
     /// override that sets attributes of its own has to care for this itself.
     virtual QDomElement toXml(QDomDocument& document);
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr quint32 LengthOfNull = 0xFFFFFFFF;
 
-/// A variant begins with its type id and its null flag; a text or byte array goes on with its length in
+/// A variant begins with its type id and its null flag; a text or byte array continues with its length in
 /// bytes.
 constexpr qint64 LengthOffset = sizeof(quint32) + sizeof(qint8);
 constexpr qint64 HeadSize = LengthOffset + sizeof(quint32);
@@ -81,7 +81,7 @@ QDataStream::Status lookAhead(const QDataStream& stream)
         return QDataStream::ReadPastEnd;
     }
     const quint32 length = numberAt(head.data() + LengthOffset, stream.byteOrder());
-    // What a sequential device has still to come is not known; there Qt reserves in steps of a mebibyte.
+    // What a sequential device will still deliver is not known; there Qt reserves in steps of a mebibyte.
     const bool isTooLong =
         length != LengthOfNull && !device.isSequential() && length > device.bytesAvailable() - HeadSize;
     return isTooLong ? QDataStream::ReadPastEnd : QDataStream::Ok;

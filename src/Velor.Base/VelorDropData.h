@@ -67,7 +67,7 @@ public:
     VelorDropData() = default;
 
     /// Reads the payload of `mimeData`, which must not be null and stays the caller's. Mime data without the
-    /// format gives no items and the type `Nothing`; broken bytes give what stands before the first error.
+    /// format yields no items and the type `Nothing`; broken bytes yield what is before the first error.
     explicit VelorDropData(const QMimeData* mimeData);
 
     /// A payload of these items, in their order.
@@ -99,12 +99,12 @@ public:
 
     /// The image for a drag of several things: `pixmaps` fanned out to the right like cards, the first on top
     /// at the left edge. With `addPlus` the image of the resource ":/Edit/Drag_Plus", which the application
-    /// supplies, comes behind them as the last card.
+    /// supplies, follows them as the last card.
     ///
     /// Each card is scaled to fit its slot, keeps its shape, and stands in the slot's top left corner. What
     /// no card covers is transparent. A single card is returned as it was scaled, without a slot around it. A
     /// null pixmap, or a plus image that cannot be loaded, takes its slot and draws nothing. No card at all
-    /// gives a null pixmap.
+    /// returns a null pixmap.
     ///
     /// `devicePixelRatio`, above 0, is that of the screen: it scales the slots, and the result carries it. A
     /// pixmap counts with its real pixels, whatever ratio it carries itself. Call it on the GUI thread, as
@@ -121,17 +121,17 @@ private:
 /// Writes the payload in the form that the class documents.
 VELOR_BASE_EXPORT QDataStream& operator<<(QDataStream& stream, const VelorDropData& payload);
 
-/// Reads a payload: its items come behind those that are there, its type replaces the old one.
+/// Reads a payload: its items are appended to those that are there, its type replaces the old one.
 ///
-/// The bytes may come from a stranger. A text is read where a name or data is expected, and so are bytes, a
+/// The bytes may be untrusted. A text is read where a name or data is expected, and so are bytes, a
 /// number, a truth value and a variant without value, each converted by `QVariant`; containers, nested
 /// variants and all other types are refused before they are read. Reading ends at the first error, which the
-/// stream's status tells, and keeps the items that were whole. Memory and time follow the bytes that are
+/// stream's status shows, and keeps the items that were whole. Memory and time follow the bytes that are
 /// there, never the counts that they announce; a sequential device takes about twice its bytes. From a stream
 /// of a version before `QDataStream::Qt_4_2` the type is read and no item, and the status is
 /// `ReadCorruptData`.
 ///
 /// A stream with an error from before is read all the same and keeps that error as its status, as with Qt's
-/// own operators. Only inside a transaction Qt suspends reading after an error: then no items come, and the
-/// type is `Nothing`.
+/// own operators. Only inside a transaction Qt suspends reading after an error: then no items are added, and
+/// the type is `Nothing`.
 VELOR_BASE_EXPORT QDataStream& operator>>(QDataStream& stream, VelorDropData& payload);

@@ -50,7 +50,7 @@ concept VelorLogNoFlag = std::is_convertible_v<const T&, const volatile void*> |
 /// | `Debug2`            | `[DBG2] - `    | standard error  | blue   |
 ///
 /// Logging never fails its caller: a file or console that cannot be written loses its text without notice,
-/// and a full disk stops nothing. Only what a listener throws comes back to the caller, and only after the
+/// and a full disk stops nothing. Only what a listener throws reaches the caller, and only after the
 /// message has gone everywhere: see logMessage.
 ///
 /// Threads: any thread may call any operation, and the messages of one log never interleave. One mutex is

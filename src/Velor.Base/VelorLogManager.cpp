@@ -91,7 +91,7 @@ void VelorLogManager::destroyLog(VelorLog* log)
 {
     const std::lock_guard lock(mMutex);
     const auto entry = std::find_if(mLogsByName.begin(), mLogsByName.end(),
-                                    [&](const auto& filed) { return filed.second.get() == log; });
+                                    [&](const auto& named) { return named.second.get() == log; });
     if (entry != mLogsByName.end()) {
         eraseLog(entry);
     }

@@ -56,7 +56,7 @@ Vector weightedSum(const Weights& weights, const Vector& p0, const Vector& p1, c
     return Vector{} + weights.p0 * p0 + weights.p1 * p1 + weights.p2 * p2 + weights.p3 * p3;
 }
 
-/// `v` at unit length; a vector without a length comes back as it is.
+/// `v` at unit length; a vector without a length is returned as it is.
 TVec2d<float> normalized(const TVec2d<float>& v)
 {
     const float size = length(v);
@@ -320,7 +320,7 @@ void VelorMath::plotCurve(const QString& path)
     }
     constexpr float PlotStep = 0.01F;
     QTextStream text(&file);
-    // Added up rather than multiplied: the 100th sum is just below 1 and gives the last line.
+    // Added up rather than multiplied: the 100th sum is just below 1 and makes the last line.
     for (float t = 0; t < 1; t += PlotStep) {
         text << QStringLiteral("%1 %2\n").arg(double(t)).arg(double(easeInEaseOut(t, 2)));
     }

@@ -14,11 +14,12 @@ class QDebug;
 /// Motion maths: easing, cubic Bézier and Catmull-Rom curves, the turning curve of a path, and scalars.
 ///
 /// Everything here is computation in single precision, with the order of the operations fixed, so that one
-/// input gives the same bits from every compiler, at every level of optimisation and on every processor.
-/// Where a function of the C library takes part (`pow`, `exp`, `sin`, `cos` or `acos` in `easeInEaseOut`,
-/// `normal`, `cardioid2D`, `signedAngle` and `turningCurve`), that holds with one version of that library;
-/// and a NaN is any NaN. No argument is checked and no parameter `t` is limited to 0..1: infinities, NaN and
-/// values outside come out as the arithmetic has them. Any thread may call this at any time.
+/// input has the same result, to the bit, with every compiler, at every level of optimisation and on every
+/// processor. Where a function of the C library takes part (`pow`, `exp`, `sin`, `cos` or `acos` in
+/// `easeInEaseOut`, `normal`, `cardioid2D`, `signedAngle` and `turningCurve`), that holds with one version of
+/// that library; and a NaN is any NaN. No argument is checked and no parameter `t` is limited to 0..1:
+/// infinities, NaN and values outside are extrapolated by the same arithmetic. Any thread may call this at
+/// any time.
 
 /// One sample of a 2D curve.
 struct VELOR_BASE_EXPORT VelorCurveKnot
@@ -91,7 +92,8 @@ public:
                                          ::TVec3d<float> p3, float t);
 
     /// The point at `t` of the uniform Catmull-Rom curve, which runs from `p1` at 0 to `p2` at 1; `p0` and
-    /// `p3` shape its ends. All four points enter each coefficient, so that one infinite point gives NaN.
+    /// `p3` shape its ends. All four points enter each coefficient, so that one infinite point results in
+    /// NaN.
     static ::TVec3d<float> catmullRom3D(::TVec3d<float> p0, ::TVec3d<float> p1, ::TVec3d<float> p2,
                                         ::TVec3d<float> p3, float t);
 
@@ -107,7 +109,7 @@ public:
     static float map(float x, float inMin, float inMax, float outMin, float outMax);
 
     /// The angle in radians from `a` to `b`, both of unit length: positive when `a`, `b` and `axis` are
-    /// right-handed, negative otherwise, also when they lie in one plane (equal vectors give -0, opposite
+    /// right-handed, negative otherwise, also when they lie in one plane (-0 for equal vectors, opposite
     /// ones -pi). 0 when `a` or `b` is zero.
     static float signedAngle(const ::TVec3d<float>& a, const ::TVec3d<float>& b, const ::TVec3d<float>& axis);
 
@@ -134,7 +136,7 @@ public:
     ///        it is kept from lying behind `start` as seen along the chord
     /// \param runIn the wanted length of the run-in, at most the distance from `start` to `target`; there is
     ///        none for 0 or less, and a negative one lets the curve end beyond `target`
-    /// \param segments the number of segments of the curve; 0 gives one knot of NaN, less gives none
+    /// \param segments the number of segments of the curve; 0 returns one knot of NaN, less returns none
     /// \return `segments` + 1 knots in order of travel at even steps of the parameter, their tangents of unit
     ///         length or zero; then, where there is a run-in, one knot of `target` and `heading`
     ///         unchanged. The last knot of the curve may miss its end by the rounding of the steps.

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-/// A seeded pseudo-random sequence: the same seed gives the same numbers on every run and every machine, bit
+/// A seeded pseudo-random sequence: the same seed yields the same numbers on every run and every machine, bit
 /// for bit.
 ///
 /// The numbers are those of the 32-bit Mersenne Twister MT19937 (Matsumoto and Nishimura, 1998), seeded by

@@ -46,7 +46,7 @@ public:
     QString toString() const;
 
     /// The parts without dots, each padded with zeros to two digits at least: only the first when `parts` is
-    /// 0, the first two when it is 1, all three for any other value. 6.1.2 gives `06`, `0601` and `060102`;
+    /// 0, the first two when it is 1, all three for any other value. 6.1.2 becomes `06`, `0601` and `060102`;
     /// a null version has an empty text.
     QString toCodeString(int parts) const;
 

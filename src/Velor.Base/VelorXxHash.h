@@ -17,7 +17,7 @@ class VELOR_BASE_EXPORT VelorXxHash
 public:
     VelorXxHash();
     ~VelorXxHash();
-    /// A copy goes on from the bytes that were fed to the original, apart from it.
+    /// A copy continues from the bytes that were fed to the original, independently of it.
     /// @{
     VelorXxHash(const VelorXxHash& other);
     VelorXxHash& operator=(const VelorXxHash& other);

@@ -17,7 +17,7 @@ namespace Poco::Zip {
 class Compress;
 }
 
-/// Receives how far the packing of a folder has come. The caller owns it and keeps it alive during the call.
+/// Receives the progress of the packing of a folder. The caller owns it and keeps it alive during the call.
 class VELOR_BASE_EXPORT VelorPercentListener
 {
 public:
@@ -66,7 +66,7 @@ protected:
 /// The names of entries separate their folders by `/` and by `\` alike on every system. They are stored in
 /// UTF-8, with the moment of adding as their time. ZIP64 records are written, so that neither the number of
 /// entries nor their size has a limit that a disk would not reach first. A name that is added twice stands in
-/// the archive once, with the content that came first.
+/// the archive once, with the content that was added first.
 ///
 /// One thread at a time. The input is streamed: memory does not grow with the size of the files.
 class VELOR_BASE_EXPORT VelorZipStream
