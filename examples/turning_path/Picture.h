@@ -39,8 +39,6 @@ struct Picture
 Picture pathPicture(const PathOptions& options);
 /// Twelve paths that differ from `options` in their heading, at one scale.
 Picture sheetPicture(PathOptions options);
-/// The easing curves.
-Picture easingPicture();
 
 /// Writes `picture` into the file `name`: as PNG with two dots for each unit if the name ends in .png in any
 /// case, as SVG otherwise. Returns the reason for which it cannot be written, empty if it was: an older file

@@ -42,7 +42,6 @@ void describe(QCommandLineParser& parser)
     add("run-in", "Length of the straight piece that ends on the target (1.5).", "length", "1.5");
     add("segments", "Segments of the curve, 1 to 10000 (12).", "count", "12");
     add("sheet", "A contact sheet of twelve headings, the other values as given.");
-    add("easing", "The easing curves.");
     add("dark", "A dark ground.");
     parser.addHelpOption();
     parser.addVersionOption();
@@ -101,12 +100,7 @@ void run(const QCommandLineParser& parser)
         throw Failure{u"--out takes a file name that ends in .svg or .png, not '%1'"_s.arg(out)};
     }
     const PathOptions path = readPath(parser);
-    const bool isSheet = parser.isSet(u"sheet"_s);
-    const bool isEasing = parser.isSet(u"easing"_s);
-    if (isSheet && isEasing) {
-        throw Failure{u"--sheet and --easing are two pictures: ask for one of them"_s};
-    }
-    const Picture picture = isSheet ? sheetPicture(path) : isEasing ? easingPicture() : pathPicture(path);
+    const Picture picture = parser.isSet(u"sheet"_s) ? sheetPicture(path) : pathPicture(path);
     const Theme theme = parser.isSet(u"dark"_s) ? Theme::dark() : Theme::light();
     if (const QString reason = savePicture(out, picture, theme); !reason.isEmpty()) {
         throw Failure{u"cannot write %1: %2"_s.arg(out, reason), 1};
