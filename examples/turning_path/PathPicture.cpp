@@ -1,6 +1,9 @@
 #include "Picture.h"
 
 #include <QtCore/QLineF>
+#include <QtCore/QtMath>
+
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -17,104 +20,131 @@ struct Parts
     QPainter& painter;
     const Theme& theme;
 
-    void dot(const QBrush& brush, const QPen& pen, const QPointF& at, double radius) const
+    void dot(const QPointF& at, double radius, const QBrush& brush, const QPen& pen) const
     {
         painter.setBrush(brush);
         painter.setPen(pen);
         painter.drawEllipse(at, radius, radius);
     }
-    void start(const QPointF& at) const { dot(theme.ink, Qt::NoPen, at, 6); }
+    void start(const QPointF& at) const { dot(at, 6, theme.text, Qt::NoPen); }
     void target(const QPointF& at) const
     {
-        dot(Qt::NoBrush, QPen(theme.ink, 1.8), at, 9);
-        dot(theme.ink, Qt::NoPen, at, 2);
+        dot(at, 9, Qt::NoBrush, QPen(theme.text, 1.8));
+        dot(at, 2, theme.text, Qt::NoPen);
     }
-    void knot(const QPointF& at) const { dot(theme.ground, QPen(theme.curve, 1.8), at, 3.6); }
+    void knot(const QPointF& at) const { dot(at, 3.6, theme.background, QPen(theme.blue, 1.8)); }
     void control(const QPointF& at) const
     {
-        painter.setBrush(theme.ground);
-        painter.setPen(QPen(theme.control, 1.8));
+        painter.setBrush(theme.background);
+        painter.setPen(QPen(theme.violet, 1.8));
         painter.drawRect(QRectF(at - QPointF(4.5, 4.5), QSizeF(9, 9)));
     }
-    void tangent(const QPointF& from, const QPointF& tip) const
+    void tangent(const QLineF& line) const { drawArrow(painter, theme.text, 1.3, line, 7); }
+    void runIn(const QLineF& line) const { drawArrow(painter, theme.orange, CurveWidth, line, 13); }
+    void chord(const QLineF& line) const
     {
-        painter.setPen(QPen(theme.ink, 1.3));
-        drawArrow(painter, from, tip, 7);
-    }
-    void runIn(const QPointF& from, const QPointF& tip) const
-    {
-        painter.setPen(QPen(theme.otherSide, CurveWidth, Qt::SolidLine, Qt::FlatCap));
-        drawArrow(painter, from, tip, 13);
-    }
-    void chord(const QPointF& from, const QPointF& to) const
-    {
-        painter.setPen(QPen(theme.muted, 1.2, Qt::DashLine));
-        painter.drawLine(from, to);
+        painter.setPen(QPen(theme.secondaryText, 1.2, Qt::DashLine));
+        painter.drawLine(line);
     }
 };
 
 /// The names of the parts stand apart from them, where they cross nothing however the path runs.
 void drawLegend(const Parts& parts)
 {
-    QPointF left(Picture::Margin, LegendTop - 6);
-    QPointF right = left + QPointF(26, 0);
-    const std::pair<const char*, std::function<void()>> entries[] = {
-        {"start", [&] { parts.start((left + right) / 2); }},
-        {"target", [&] { parts.target((left + right) / 2); }},
-        {"knot", [&] { parts.knot((left + right) / 2); }},
-        {"tangent", [&] { parts.tangent(left, right); }},
-        {"control point", [&] { parts.control((left + right) / 2); }},
-        {"run-in", [&] { parts.runIn(left, right); }},
-        {"chord", [&] { parts.chord(left, right); }},
+    constexpr QLineF Line(0, 0, 26, 0);
+    constexpr QPointF Middle(13, 0);
+    const std::pair<QString, std::function<void()>> entries[] = {
+        {u"start"_s, [&] { parts.start(Middle); }},
+        {u"target"_s, [&] { parts.target(Middle); }},
+        {u"knot"_s, [&] { parts.knot(Middle); }},
+        {u"tangent"_s, [&] { parts.tangent(Line); }},
+        {u"control point"_s, [&] { parts.control(Middle); }},
+        {u"run-in"_s, [&] { parts.runIn(Line); }},
+        {u"chord"_s, [&] { parts.chord(Line); }},
     };
+    parts.painter.save();
+    parts.painter.translate(Picture::Margin, LegendTop - 6);
     parts.painter.setFont(textFont(13));
     for (const auto& [name, draw] : entries) {
-        const QString text = QString::fromLatin1(name);
         draw();
-        parts.painter.setPen(parts.theme.ink);
-        parts.painter.drawText(right + QPointF(7, 5), text);
-        left.rx() += 55 + parts.painter.fontMetrics().horizontalAdvance(text);
-        right.rx() = left.x() + 26;
+        parts.painter.setPen(parts.theme.text);
+        parts.painter.drawText(Line.p2() + QPointF(7, 5), name);
+        parts.painter.translate(55 + parts.painter.fontMetrics().horizontalAdvance(name), 0);
+    }
+    parts.painter.restore();
+}
+
+/// The smallest of 1, 2 and 5 times a power of ten that is at least `wanted`.
+double niceStep(double wanted)
+{
+    const double power = std::pow(10.0, std::ceil(std::log10(wanted)));
+    return power / 5 >= wanted ? power / 5 : power / 2 >= wanted ? power / 2 : power;
+}
+
+/// Draws lines at round coordinates, with their numbers below and beside the plot.
+void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame)
+{
+    constexpr QSizeF Label(70, 16); // A long label of the x axis, and a gap.
+    const QRectF shown = frame.inverted().mapRect(Plot);
+    const double step = niceStep(Label.width() / frame.m11());
+    painter.setFont(textFont(11));
+    const auto draw = [&](const QLineF& line, const QPointF& label, int alignment, double value) {
+        painter.setPen(theme.grid);
+        painter.drawLine(line);
+        painter.setPen(theme.secondaryText);
+        painter.drawText(QRectF(label, Label), alignment, numberText(value));
+    };
+    for (int i = qCeil(shown.left() / step); i * step <= shown.right(); ++i) {
+        const double x = frame.map(QPointF(i * step, 0)).x();
+        draw({x, Plot.top(), x, Plot.bottom()}, {x - Label.width() / 2, Plot.bottom() + 6}, Qt::AlignHCenter,
+             i * step);
+    }
+    for (int i = qCeil(shown.top() / step); i * step <= shown.bottom(); ++i) {
+        const double y = frame.map(QPointF(0, i * step)).y();
+        draw({Plot.left(), y, Plot.right(), y}, {Plot.left() - 8 - Label.width(), y - Label.height() / 2},
+             Qt::AlignRight | Qt::AlignVCenter, i * step);
     }
 }
 
-/// Calls `draw` with those knots, from the first on, that lie at least `distance` apart in the picture.
-void drawKnots(const QTransform& frame, const QList<VelorCurveKnot>& knots, double distance,
-               const std::function<void(const QPointF& at, const QPointF& tangent)>& draw)
+/// The tangents, `distance` long, of those knots from the first on that lie at least as far apart in the
+/// picture.
+QList<QLineF> tangentsApart(double distance, const QTransform& frame, const QList<VelorCurveKnot>& knots)
 {
-    QPointF last(qInf(), qInf());
+    QList<QLineF> tangents;
     for (const VelorCurveKnot& knot : knots) {
         const QPointF at = frame.map(toPoint(knot.position));
-        if (QLineF(last, at).length() >= distance) {
-            draw(at, {double(knot.tangent.x), -double(knot.tangent.y)});
-            last = at;
+        if (tangents.isEmpty() || QLineF(tangents.last().p1(), at).length() >= distance) {
+            tangents.append({at, at + QPointF(knot.tangent.x, -knot.tangent.y) * distance});
         }
     }
+    return tangents;
 }
 
 void drawPath(const Parts& parts, const QTransform& frame, const TurningPath& path)
 {
     constexpr double TangentLength = 42;
     constexpr double LeastDistance = 9;
-    const QPolygonF curve = frame.map(path.smooth);
-    const QPointF first = frame.map(path.firstControl);
-    const QPointF second = frame.map(path.secondControl);
+    const QPolygonF curve = frame.map(path.curve);
+    const QPolygonF controls = frame.map(path.controlPoints);
     const QPointF target = frame.map(path.target);
-    parts.chord(curve.first(), curve.last());
-    parts.painter.setPen(QPen(parts.theme.control, 1.2));
-    parts.painter.drawPolyline(QPolygonF{curve.first(), first, second, curve.last()});
-    parts.painter.setPen(QPen(parts.theme.curve, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    parts.chord({curve.first(), curve.last()});
+    parts.painter.setPen(QPen(parts.theme.violet, 1.2));
+    parts.painter.drawPolyline(controls);
+    parts.painter.setPen(QPen(parts.theme.blue, CurveWidth, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     parts.painter.drawPolyline(curve);
     if (path.hasRunIn) {
-        parts.runIn(curve.last(), target);
+        parts.runIn({curve.last(), target});
     }
     // The run-in shows the last tangent where there is one.
-    drawKnots(
-        frame, path.knots.first(path.knots.size() - (path.hasRunIn ? 1 : 0)), TangentLength,
-        [&](const QPointF& at, const QPointF& tangent) { parts.tangent(at, at + tangent * TangentLength); });
-    drawKnots(frame, path.knots, LeastDistance, [&](const QPointF& at, const QPointF&) { parts.knot(at); });
-    parts.control(first);
-    parts.control(second);
+    const qsizetype withTangent = path.knots.size() - (path.hasRunIn ? 1 : 0);
+    for (const QLineF& tangent : tangentsApart(TangentLength, frame, path.knots.first(withTangent))) {
+        parts.tangent(tangent);
+    }
+    for (const QLineF& tangent : tangentsApart(LeastDistance, frame, path.knots)) {
+        parts.knot(tangent.p1());
+    }
+    parts.control(controls[1]);
+    parts.control(controls[2]);
     parts.start(curve.first());
     parts.target(target);
 }
@@ -124,15 +154,16 @@ void drawPath(const Parts& parts, const QTransform& frame, const TurningPath& pa
 Picture pathPicture(const PathOptions& options)
 {
     const QString description = u"heading %1°   bulge %2   handle %3   run-in %4   %5 segment%6"_s.arg(
-        numberText(double(options.heading)), numberText(double(options.bulge)),
-        numberText(double(options.handle)), numberText(double(options.runIn)), numberText(options.segments),
-        options.segments == 1 ? QString() : u"s"_s);
+        numberText(options.heading), numberText(options.bulge), numberText(options.handle),
+        numberText(options.runIn), numberText(options.segments), options.segments == 1 ? QString() : u"s"_s);
     return {u"Turning path"_s, description, PathSize, [options](QPainter& painter, const Theme& theme) {
                 const TurningPath path(options);
-                const QTransform frame = fit(Plot.adjusted(48, 36, -48, -36), path.allPoints());
+                QPolygonF points = path.controlPoints;
+                points.append(path.target);
+                const QTransform frame = fit(Plot.adjusted(48, 36, -48, -36), points.boundingRect());
                 const Parts parts{painter, theme};
                 drawLegend(parts);
-                drawGrid(painter, theme, frame, Plot);
+                drawGrid(painter, theme, frame);
                 drawPath(parts, frame, path);
             }};
 }

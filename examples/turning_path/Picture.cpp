@@ -8,7 +8,6 @@
 #include <QtSvg/QSvgGenerator>
 
 #include <algorithm>
-#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -18,11 +17,11 @@ bool paint(QPaintDevice& device, const Picture& picture, const Theme& theme)
 {
     QPainter painter(&device);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    painter.fillRect(QRect(QPoint(0, 0), picture.size), theme.ground);
-    painter.setPen(theme.ink);
+    painter.fillRect(QRect(QPoint(0, 0), picture.size), theme.background);
+    painter.setPen(theme.text);
     painter.setFont(textFont(20, true));
     painter.drawText(QPointF(Picture::Margin, Picture::Margin + 10), picture.title);
-    painter.setPen(theme.muted);
+    painter.setPen(theme.secondaryText);
     painter.setFont(textFont(13));
     painter.drawText(QPointF(Picture::Margin, Picture::Margin + 32), picture.description);
     picture.draw(painter, theme);
@@ -49,47 +48,7 @@ bool paintPng(QIODevice& device, const Picture& picture, const Theme& theme)
     return paint(image, picture, theme) && image.save(&device, "PNG", SmallestFile);
 }
 
-/// A write that a full disk cuts short has no reason yet: the next one has.
-bool writeAll(QIODevice& device, QByteArrayView data)
-{
-    qint64 written = 1;
-    while (!data.empty() && written > 0) {
-        written = device.write(data.data(), data.size());
-        data = data.sliced(std::max<qint64>(written, 0));
-    }
-    return data.empty();
-}
-
-/// The smallest of 1, 2 and 5 times a power of ten that is at least `wanted`.
-double niceStep(double wanted)
-{
-    const double power = std::pow(10.0, std::floor(std::log10(wanted)));
-    const double factor = wanted / power;
-    return power * (factor <= 1 ? 1 : factor <= 2 ? 2 : factor <= 5 ? 5 : 10);
-}
-
-/// The multiples of `step` from `low` to `high`, and no negative zero.
-QList<double> ticks(double low, double high, double step)
-{
-    constexpr double Noise = 1e-6; // Of the transforms, where a tick lies on an end.
-    QList<double> values;
-    for (double k = std::ceil(low / step - Noise); k <= high / step + Noise; ++k) {
-        values.append(k * step + 0.0);
-    }
-    return values;
-}
-
 } // namespace
-
-Theme Theme::light()
-{
-    return {0xFFFFFF, 0xF5F6F8, 0xE3E6EB, 0x667085, 0x1D2530, 0x1F5FD6, 0xC2560C, 0x7A3EB1};
-}
-
-Theme Theme::dark()
-{
-    return {0x12161C, 0x1A2028, 0x2A323D, 0x97A3B3, 0xE8ECF1, 0x74A9FF, 0xF2994A, 0xC39BF0};
-}
 
 QString savePicture(const QString& name, const Picture& picture, const Theme& theme)
 {
@@ -106,31 +65,31 @@ QString savePicture(const QString& name, const Picture& picture, const Theme& th
     }
     QSaveFile file(name);
     // Unbuffered, since commit() of Qt 6.4 does not report that its last flush failed.
-    const bool isWritten = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                           writeAll(file, buffer.data()) && file.commit();
-    return isWritten ? QString() : file.errorString();
+    const bool isOpen = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    if (isOpen && file.write(buffer.data()) < buffer.size()) {
+        file.write(buffer.data()); // Has the reason, which a write that a full disk cuts short has not.
+        return file.errorString();
+    }
+    return isOpen && file.commit() ? QString() : file.errorString();
 }
 
-QTransform fit(const QRectF& place, const QPolygonF& points)
+QTransform fit(const QRectF& place, const QRectF& bounds)
 {
-    const QRectF bounds = points.boundingRect();
-    // Points in one line, or all in one place, still need a scale, and one at which floats differ.
-    const double farthest = std::max({std::abs(bounds.left()), std::abs(bounds.right()),
-                                      std::abs(bounds.top()), std::abs(bounds.bottom())});
-    const double least = std::max({bounds.width() * 1e-3, bounds.height() * 1e-3, farthest * 1e-4, 1e-6});
-    const double scale = std::min(place.width() / std::max(bounds.width(), least),
-                                  place.height() / std::max(bounds.height(), least));
     const QPointF middle = bounds.center();
-    return QTransform::fromTranslate(-middle.x(), -middle.y()) * QTransform::fromScale(scale, -scale) *
-           QTransform::fromTranslate(place.center().x(), place.center().y());
+    // A line or a point still needs a scale, and one at which floats differ.
+    const double least = std::max(middle.manhattanLength() * 5e-5, 1e-6);
+    const QSizeF size = bounds.size().expandedTo({least, least});
+    const double scale = std::min(place.width() / size.width(), place.height() / size.height());
+    const QPointF offset = place.center() - QPointF(middle.x(), -middle.y()) * scale;
+    return {scale, 0, 0, -scale, offset.x(), offset.y()};
 }
 
-QFont textFont(int pixels, bool bold)
+QFont textFont(int pixels, bool isBold)
 {
     QFont font(u"sans-serif"_s);
     font.setStyleHint(QFont::SansSerif);
     font.setPixelSize(pixels);
-    font.setBold(bold);
+    font.setBold(isBold);
     return font;
 }
 
@@ -141,44 +100,17 @@ QString numberText(double number)
     return QString::number(number, 'g', Digits).replace(u'-', Minus);
 }
 
-void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot)
+void drawArrow(QPainter& painter, const QColor& color, double width, const QLineF& arrow, double headSize)
 {
-    constexpr double LeastDistance = 70; // The width of a long label of the x axis, and a gap.
-    constexpr QSizeF Label(LeastDistance, 16);
-    const QRectF shown = frame.inverted().mapRect(plot);
-    const double step = niceStep(LeastDistance / frame.m11());
-    painter.setFont(textFont(11));
-    const auto draw = [&](const QLineF& line, const QPointF& label, int alignment, double value) {
-        painter.setPen(QPen(theme.grid, 1));
-        painter.drawLine(line);
-        painter.setPen(theme.muted);
-        painter.drawText(QRectF(label, Label), alignment, numberText(value));
-    };
-    for (const double x : ticks(shown.left(), shown.right(), step)) {
-        const double at = frame.map(QPointF(x, 0)).x();
-        draw({at, plot.top(), at, plot.bottom()}, {at - Label.width() / 2, plot.bottom() + 6},
-             Qt::AlignHCenter, x);
-    }
-    for (const double y : ticks(shown.top(), shown.bottom(), step)) {
-        const double at = frame.map(QPointF(0, y)).y();
-        draw({plot.left(), at, plot.right(), at}, {plot.left() - 8 - Label.width(), at - Label.height() / 2},
-             Qt::AlignRight | Qt::AlignVCenter, y);
-    }
-}
-
-void drawArrow(QPainter& painter, const QPointF& from, const QPointF& tip, double headSize)
-{
-    const QLineF shaft(from, tip);
-    if (shaft.isNull()) {
+    if (arrow.isNull()) {
         return;
     }
-    const double head = std::min(headSize, shaft.length());
-    painter.save();
-    painter.translate(tip);
-    painter.rotate(-shaft.angle());
-    painter.drawLine(QPointF(-shaft.length(), 0), QPointF(-head, 0));
-    painter.setBrush(painter.pen().color());
+    const QPointF tip = arrow.p2();
+    const QPointF base = arrow.pointAt(1 - std::min(headSize / arrow.length(), 1.0));
+    const QPointF side = QPointF(base.y() - tip.y(), tip.x() - base.x()) * 0.42;
+    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::FlatCap));
+    painter.drawLine(arrow.p1(), base);
     painter.setPen(Qt::NoPen);
-    painter.drawPolygon(QPolygonF{QPointF(), QPointF(-head, head * 0.42), QPointF(-head, -head * 0.42)});
-    painter.restore();
+    painter.setBrush(color);
+    painter.drawPolygon(QPolygonF{tip, base + side, base - side});
 }

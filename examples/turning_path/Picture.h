@@ -10,17 +10,15 @@
 /// The colours of a picture.
 struct Theme
 {
-    QColor ground;
-    QColor panel;
-    QColor grid;
-    QColor muted;
-    QColor ink;
-    QColor curve;
-    QColor otherSide;
-    QColor control;
-
-    static Theme light();
-    static Theme dark();
+    bool isDark = false;
+    QColor background = isDark ? 0x12161CU : 0xFFFFFFU;
+    QColor panel = isDark ? 0x1A2028U : 0xF5F6F8U;
+    QColor grid = isDark ? 0x2A323DU : 0xE3E6EBU;
+    QColor text = isDark ? 0xE8ECF1U : 0x1D2530U;
+    QColor secondaryText = isDark ? 0x97A3B3U : 0x667085U;
+    QColor blue = isDark ? 0x74A9FFU : 0x1F5FD6U;
+    QColor orange = isDark ? 0xF2994AU : 0xC2560CU;
+    QColor violet = isDark ? 0xC39BF0U : 0x7A3EB1U;
 };
 
 /// A picture with its title in the top left corner and a smaller line below it.
@@ -45,12 +43,10 @@ Picture sheetPicture(PathOptions options);
 /// is kept then.
 QString savePicture(const QString& name, const Picture& picture, const Theme& theme);
 
-/// The transform that shows all of `points` as large as possible in the centre of `place`, y upwards, with
-/// one scale for both axes.
-QTransform fit(const QRectF& place, const QPolygonF& points);
-QFont textFont(int pixels, bool bold = false);
+/// The transform that shows `bounds` as large as possible in the centre of `place`, y upwards, with one
+/// scale for both axes.
+QTransform fit(const QRectF& place, const QRectF& bounds);
+QFont textFont(int pixels, bool isBold = false);
 /// `number` as a label, with a real minus sign.
 QString numberText(double number);
-/// Draws the even lines of `frame` in `plot`, with their numbers beside it.
-void drawGrid(QPainter& painter, const Theme& theme, const QTransform& frame, const QRectF& plot);
-void drawArrow(QPainter& painter, const QPointF& from, const QPointF& tip, double headSize);
+void drawArrow(QPainter& painter, const QColor& color, double width, const QLineF& arrow, double headSize);

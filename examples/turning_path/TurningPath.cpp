@@ -34,26 +34,24 @@ TurningPath::TurningPath(const PathOptions& options)
 {
     knots.resize(options.segments + 1);
     for (const VelorCurveKnot& knot : sample(options, SmoothSegments).first(SmoothSegments + 1)) {
-        smooth.append(toPoint(knot.position));
+        curve.append(toPoint(knot.position));
     }
     // Four points of a cubic curve, a third apart, determine its control points.
     const QList<VelorCurveKnot> thirds = sample(options, 3);
     const auto q = [&thirds](qsizetype i) { return toPoint(thirds[i].position); };
-    firstControl = (q(1) * 18 - q(0) * 5 - q(2) * 9 + q(3) * 2) / 6;
-    secondControl = (q(0) * 2 - q(1) * 9 + q(2) * 18 - q(3) * 5) / 6;
+    controlPoints = {q(0), (q(1) * 18 - q(0) * 5 - q(2) * 9 + q(3) * 2) / 6,
+                     (q(0) * 2 - q(1) * 9 + q(2) * 18 - q(3) * 5) / 6, q(3)};
 }
 
 double TurningPath::bow() const
 {
-    const QLineF chord(smooth.first(), smooth.last());
+    const QLineF chord(curve.first(), curve.last());
     if (chord.isNull()) {
         return 0; // It has no sides.
     }
-    const QTransform alongChord = QTransform().rotate(chord.angle());
-    const QRectF bounds = alongChord.map(smooth.translated(-smooth.first())).boundingRect();
+    const QTransform alongChord = QTransform().rotate(chord.angle()).translate(-chord.x1(), -chord.y1());
+    const QRectF bounds = alongChord.map(curve).boundingRect();
     return std::abs(bounds.top()) > std::abs(bounds.bottom()) ? -bounds.top() : -bounds.bottom();
 }
-
-QPolygonF TurningPath::allPoints() const { return smooth + QPolygonF{firstControl, secondControl, target}; }
 
 QPointF toPoint(const TVec2d<float>& vector) { return {double(vector.x), double(vector.y)}; }

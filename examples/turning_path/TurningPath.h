@@ -23,13 +23,10 @@ struct TurningPath
 
     /// The largest distance of the curve from its chord, positive to the right of it.
     double bow() const;
-    /// The curve, its control points and the target.
-    QPolygonF allPoints() const;
 
     QList<VelorCurveKnot> knots; ///< Without the one of the run-in.
-    QPolygonF smooth;            ///< The same curve in steps too small to be seen.
-    QPointF firstControl;
-    QPointF secondControl;
+    QPolygonF curve;             ///< In steps too small to be seen.
+    QPolygonF controlPoints;     ///< Of the cubic Bézier curve: its start, two beside it, and its end.
     QPointF target;
     bool hasRunIn;
 };

@@ -26,23 +26,21 @@ struct Failure
 
 void describe(QCommandLineParser& parser)
 {
-    const auto add = [&parser](const char* name, const char* description, const char* value = nullptr,
-                               const char* standard = nullptr) {
-        parser.addOption({QString::fromLatin1(name), QString::fromLatin1(description),
-                          QString::fromLatin1(value), QString::fromLatin1(standard)});
-    };
     parser.setApplicationDescription(u"Draws turning curves as a picture."_s);
-    add("out", "The picture: a name that ends in .svg or .png.", "file");
-    add("start", "Where the path begins (0,0).", "x,y", "0,0");
-    add("target", "Where it ends (10,0).", "x,y", "10,0");
-    add("heading", "Direction of travel at the target, counter-clockwise from the x axis (90).", "degrees",
-        "90");
-    add("bulge", "How far the curve bows out, as a fraction of its chord (0.5).", "fraction", "0.5");
-    add("handle", "How far the second control point lies behind the curve's end (3).", "length", "3");
-    add("run-in", "Length of the straight piece that ends on the target (1.5).", "length", "1.5");
-    add("segments", "Segments of the curve, 1 to 10000 (12).", "count", "12");
-    add("sheet", "A contact sheet of twelve headings, the other values as given.");
-    add("dark", "A dark ground.");
+    parser.addOptions({
+        {u"out"_s, u"The picture: a name that ends in .svg or .png."_s, u"file"_s},
+        {u"start"_s, u"Where the path begins (0,0)."_s, u"x,y"_s, u"0,0"_s},
+        {u"target"_s, u"Where it ends (10,0)."_s, u"x,y"_s, u"10,0"_s},
+        {u"heading"_s, u"Direction of travel at the target, counter-clockwise from the x axis (90)."_s,
+         u"degrees"_s, u"90"_s},
+        {u"bulge"_s, u"How far the curve bows out, as a fraction of its chord (0.5)."_s, u"fraction"_s,
+         u"0.5"_s},
+        {u"handle"_s, u"How far the second control point lies behind the end (3)."_s, u"length"_s, u"3"_s},
+        {u"run-in"_s, u"Length of the straight end of the path (1.5)."_s, u"length"_s, u"1.5"_s},
+        {u"segments"_s, u"Segments of the curve, 1 to 10000 (12)."_s, u"count"_s, u"12"_s},
+        {u"sheet"_s, u"A contact sheet of twelve headings, the other values as given."_s},
+        {u"dark"_s, u"A dark background."_s},
+    });
     parser.addHelpOption();
     parser.addVersionOption();
 }
@@ -101,7 +99,7 @@ void run(const QCommandLineParser& parser)
     }
     const PathOptions path = readPath(parser);
     const Picture picture = parser.isSet(u"sheet"_s) ? sheetPicture(path) : pathPicture(path);
-    const Theme theme = parser.isSet(u"dark"_s) ? Theme::dark() : Theme::light();
+    const Theme theme{.isDark = parser.isSet(u"dark"_s)};
     if (const QString reason = savePicture(out, picture, theme); !reason.isEmpty()) {
         throw Failure{u"cannot write %1: %2"_s.arg(out, reason), 1};
     }
