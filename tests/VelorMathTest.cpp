@@ -9,11 +9,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <new>
-
-#if __has_include(<sys/resource.h>)
-#include <sys/resource.h>
-#endif
 
 namespace {
 
@@ -30,53 +25,43 @@ std::uint32_t bitsOf(float x) { return std::bit_cast<std::uint32_t>(std::isnan(x
 // rounded to a float, or to a double where the header says so, without any floating-point unit.
 constexpr Vec3 P0{0.1F, -1.3F, 0.7F}, P1{1.9F, 0.4F, -0.6F}, P2{-0.8F, 1.7F, 1.1F}, P3{0.3F, -0.2F, -1.4F};
 
-struct BezierRow
+struct CurveRow
 {
     float t;
-    Vec3 point;
-    Vec2 tangent;
+    Vec3 bezier;
+    Vec2 bezierTangent;
+    Vec3 spline;
+    Vec3 splineDerivative;
 };
 
-TEST(VelorMath, BezierCurvesHaveTheBitsOfExactArithmeticRoundedStepByStep)
+TEST(VelorMath, CurvesHaveTheBitsOfExactArithmeticRoundedStepByStep)
 {
-    const BezierRow rows[] = {
-        {0.1F, {0.51329994F, -0.80479985F, 0.39279994F}, {0.5253791F, 0.8508683F}},
-        {0.3F, {0.7291F, 0.04640007F, 0.1456F}, {-0.12565185F, 0.9920745F}},
-        {0.55F, {0.36716244F, 0.67615F, 0.07959996F}, {-0.83994895F, 0.54266536F}},
-        {0.9F, {0.075699955F, 0.2768001F, -0.7687998F}, {0.3120203F, -0.95007545F}},
-        {1.3F, {2.5400996F, -2.8495996F, -4.9783993F}, {0.71183413F, -0.7023477F}},
-        {-0.6F, {-9.792801F, -4.1872F, 7.835201F}, {0.9934482F, 0.11428357F}},
+    const CurveRow rows[] = {
+        {.t = 0.3F,
+         .bezier = {0.7291F, 0.04640007F, 0.1456F},
+         .bezierTangent = {-0.12565185F, 0.9920745F},
+         .spline = {1.30105F, 0.92020005F, -0.1782F},
+         .splineDerivative = {-3.1694999F, 1.8420002F, 2.288F}},
+        {.t = 0.55F,
+         .bezier = {0.36716244F, 0.67615F, 0.07959996F},
+         .bezierTangent = {-0.83994895F, 0.54266536F},
+         .spline = {0.40695614F, 1.355075F, 0.4537999F},
+         .splineDerivative = {-3.7238748F, 1.5494999F, 2.5429995F}},
+        {.t = 1.3F,
+         .bezier = {2.5400996F, -2.8495996F, -4.9783993F},
+         .bezierTangent = {0.71183413F, -0.7023477F},
+         .spline = {-0.3834505F, 1.3022001F, 0.36979866F},
+         .splineDerivative = {3.9504986F, -2.4780002F, -4.792F}},
     };
     constexpr Vec2 Q0{P0.x, P0.y}, Q1{P1.x, P1.y}, Q2{P2.x, P2.y}, Q3{P3.x, P3.y};
-    for (const auto& [t, point, tangent] : rows) {
-        EXPECT_EQ(VelorMath::bezierCubic3D(P0, P1, P2, P3, t), point) << t;
-        EXPECT_EQ(VelorMath::bezierCubic2D(Q0, Q1, Q2, Q3, t), Vec2(point.x, point.y)) << t;
-        EXPECT_EQ(VelorMath::bezierCubicTangent2D(Q0, Q1, Q2, Q3, t), tangent) << t;
+    for (const auto& [t, bezier, bezierTangent, spline, splineDerivative] : rows) {
+        EXPECT_EQ(VelorMath::bezierCubic3D(P0, P1, P2, P3, t), bezier) << t;
+        EXPECT_EQ(VelorMath::bezierCubic2D(Q0, Q1, Q2, Q3, t), Vec2(bezier.x, bezier.y)) << t;
+        EXPECT_EQ(VelorMath::bezierCubicTangent2D(Q0, Q1, Q2, Q3, t), bezierTangent) << t;
+        EXPECT_EQ(VelorMath::catmullRom3D(P0, P1, P2, P3, t), spline) << t;
+        EXPECT_EQ(VelorMath::derivCatmullRom3D(P0, P1, P2, P3, t), splineDerivative) << t;
     }
     EXPECT_EQ(VelorMath::bezierCubicTangent2D(Q0, Q0, Q0, Q0, 0.5F), Vec2()) << "the curve stands still";
-}
-
-struct SplineRow
-{
-    float t;
-    Vec3 point;
-    Vec3 derivative;
-};
-
-TEST(VelorMath, SplinesHaveTheBitsOfExactArithmeticRoundedStepByStep)
-{
-    const SplineRow rows[] = {
-        {0.1F, {1.79515F, 0.56060004F, -0.53260005F}, {-1.6055001F, 1.698F, 1.112F}},
-        {0.3F, {1.30105F, 0.92020005F, -0.1782F}, {-3.1694999F, 1.8420002F, 2.288F}},
-        {0.55F, {0.40695614F, 1.355075F, 0.4537999F}, {-3.7238748F, 1.5494999F, 2.5429995F}},
-        {0.9F, {-0.66365004F, 1.7013998F, 1.0865996F}, {-1.8855F, 0.25800014F, 0.631999F}},
-        {1.3F, {-0.3834505F, 1.3022001F, 0.36979866F}, {3.9504986F, -2.4780002F, -4.792F}},
-        {-0.6F, {-1.0304002F, 0.23440015F, 1.8936002F}, {11.712001F, -1.4520006F, -9.808001F}},
-    };
-    for (const auto& [t, point, derivative] : rows) {
-        EXPECT_EQ(VelorMath::catmullRom3D(P0, P1, P2, P3, t), point) << t;
-        EXPECT_EQ(VelorMath::derivCatmullRom3D(P0, P1, P2, P3, t), derivative) << t;
-    }
 }
 
 TEST(VelorMath, AnInfinitePointOfASplineGivesNaNWhereItIsInfinite)
@@ -87,8 +72,6 @@ TEST(VelorMath, AnInfinitePointOfASplineGivesNaNWhereItIsInfinite)
         const Vec3 point = VelorMath::catmullRom3D(p[0], p[1], p[2], p[3], 0.25F);
         const Vec3 speed = VelorMath::derivCatmullRom3D(p[0], p[1], p[2], p[3], 0.25F);
         EXPECT_TRUE(std::isnan(point.y) && std::isnan(speed.y)) << infinite;
-        EXPECT_EQ(Vec2(point.x, point.z), Vec2(4.75F, 6.75F)) << infinite;
-        EXPECT_EQ(Vec2(speed.x, speed.z), Vec2(3, 3)) << infinite;
     }
 }
 
@@ -101,20 +84,14 @@ struct ScalarRow
 
 TEST(VelorMath, ScalarsAreThoseOfTheirFormulas)
 {
-    const auto cardioid = [](float angle) { return VelorMath::cardioid2D({1, -2}, 1.5F, angle); };
+    const Vec2 cardioid = VelorMath::cardioid2D({1, -2}, 1.5F, 0.5F);
     // Worked out in 60 digits.
     const ScalarRow rows[] = {
-        {"easing with a whole exponent", VelorMath::easeInEaseOut(0.25F, 2), 0.1F},
         {"easing with an exponent below 1", VelorMath::easeInEaseOut(0.9F, 0.5F), 0.749999975165F},
-        {"easing near the start", VelorMath::easeInEaseOut(0.01F, 2.5F), 1.02543358079e-5F},
         {"easing beyond the end", VelorMath::easeInEaseOut(1.5F, 2), 0.9F},
-        {"x of the cardioid at 0.5", cardioid(0.5F).x, 2.82229422687F},
-        {"y of the cardioid at 0.5", cardioid(0.5F).y, -1.8239298614F},
-        {"x of the cardioid at 3.1", cardioid(3.1F).x, -3.49221856069F},
-        {"y of the cardioid at 3.1", cardioid(3.1F).y, -1.75062333751F},
-        {"standard normal density", VelorMath::normal(0.5F, 3, 0), 0.352065326764F},
-        {"density with a mean", VelorMath::normal(-2, 6, 1), 0.0647587978329F},
-        {"density with a width and a mean", VelorMath::normal(10, 30, 4), 0.0333224602892F},
+        {"x of the cardioid", cardioid.x, 2.82229422687F},
+        {"y of the cardioid", cardioid.y, -1.8239298614F},
+        {"normal density", VelorMath::normal(10, 30, 4), 0.0333224602892F},
         {"angle of oblique vectors", VelorMath::signedAngle({0.6F, 0.8F, 0}, {0, 0.6F, 0.8F}, {1, 0, 0}),
          1.0701415845F},
     };
@@ -123,36 +100,22 @@ TEST(VelorMath, ScalarsAreThoseOfTheirFormulas)
     }
 }
 
-TEST(VelorMath, ScalarsKeepTheirEdges)
+TEST(VelorMath, ScalarsHaveTheBitsOfTheirFormulasAtTheEdgesAsWell)
 {
     const Vec2 zero{-0.0F, -0.0F};
+    const Vec3 x{1, 0, 0}, z{0, 0, 1};
     const ScalarRow rows[] = {
         {"a Bezier sum begins at +0", VelorMath::bezierCubic2D(zero, zero, zero, zero, 0.5F).x, 0},
-        {"a spline keeps -0 among negative terms",
-         VelorMath::catmullRom3D({-1, 0, 0}, {-0.0F, 0, 0}, {-2, 0, 0}, {-8, 0, 0}, 0).x, -0.0F},
-        {"the cusp of a cardioid is right of its centre", VelorMath::cardioid2D({1, -2}, 1.5F, 0).x, 2.5F},
-        {"a density without a width is NaN", VelorMath::normal(0, 0, 1), NaN},
-        {"easing below 0 with a fractional exponent is NaN", VelorMath::easeInEaseOut(-0.5F, 0.5F), NaN},
-        {"easing begins at 0", VelorMath::easeInEaseOut(0, 2.5F), 0},
-        {"easing ends at 1", VelorMath::easeInEaseOut(1, 2.5F), 1},
-        {"smootherStep is 0.5 in the middle", VelorMath::smootherStep(0.5F), 0.5F},
-        {"smootherStep ends at 1", VelorMath::smootherStep(1), 1},
-        {"smootherStep goes on beyond 1", VelorMath::smootherStep(2), 32},
-        {"map goes on beyond its range", VelorMath::map(15, 0, 10, 100, 50), 25},
+        {"smootherStep goes on beyond 1", VelorMath::smootherStep(1.7F), 9.039926F},
+        {"map goes on beyond its range", VelorMath::map(1.7F, -0.2F, 1.1F, 3, 0.4F), -0.7999997F},
         {"map from an empty range divides by 0", VelorMath::map(1, 0, 0, 0, 1), Infinity},
-        {"equal vectors have angle -0", VelorMath::signedAngle({1, 0, 0}, {1, 0, 0}, {0, 0, 1}), -0.0F},
-        {"opposite vectors have angle -pi", VelorMath::signedAngle({1, 0, 0}, {-1.5F, 0, 0}, {0, 0, 1}),
-         -3.1415927F},
-        {"a left turn is positive", VelorMath::signedAngle({1, 0, 0}, {0, 1, 0}, {0, 0, 1}), 1.5707964F},
-        {"a left turn seen from below is negative", VelorMath::signedAngle({1, 0, 0}, {0, 1, 0}, {0, 0, -1}),
-         -1.5707964F},
-        {"long vectors are not made units", VelorMath::signedAngle({5, 0, 0}, {5, 5, 0}, {0, 0, 1}), 0},
-        {"no angle from a zero vector", VelorMath::signedAngle({}, {1, 0, 0}, {0, 0, 1}), 0},
-        {"no angle to a zero vector", VelorMath::signedAngle({1, 0, 0}, {}, {0, 0, 1}), 0},
-        {"the angle of NaN is NaN", VelorMath::signedAngle({NaN, 0, 0}, {1, 0, 0}, {0, 0, 1}), NaN},
+        {"opposite vectors have angle -pi", VelorMath::signedAngle(x, {-1.5F, 0, 0}, z), -3.1415927F},
+        {"long vectors are not made units", VelorMath::signedAngle({5, 0, 0}, {5, 5, 0}, z), 0},
+        {"no angle from a zero vector", VelorMath::signedAngle({}, x, z), 0},
+        {"no angle to a zero vector", VelorMath::signedAngle(x, {}, z), 0},
+        {"the angle of NaN is NaN", VelorMath::signedAngle({NaN, 0, 0}, x, z), NaN},
         {"NaN has sign 0", VelorMath::sgn(NaN), 0},
         {"the smallest negative number has sign -1", VelorMath::sgn(-1e-45F), -1},
-        {"infinity has sign 1", VelorMath::sgn(Infinity), 1},
         {"a range runs backwards where min is above max", DoubleMinMax{3, 1}.range(), -2},
         {"a range has its average in the middle", DoubleMinMax{1, 4}.average(), 2.5F},
     };
@@ -164,8 +127,7 @@ TEST(VelorMath, ScalarsKeepTheirEdges)
 TEST(VelorMath, NextPowerOfTwoWrapsToZero)
 {
     const std::uint32_t rows[][2] = {
-        {0, 0},          {1, 1},         {2, 2}, {3, 4}, {0x10001, 0x20000}, {0x80000000, 0x80000000},
-        {0x80000001, 0}, {0xFFFFFFFF, 0}};
+        {0, 0}, {1, 1}, {3, 4}, {0x10001, 0x20000}, {0x80000000, 0x80000000}, {0x80000001, 0}};
     for (const auto& [value, power] : rows) {
         EXPECT_EQ(VelorMath::nextPowerOfTwo(value), power) << value;
     }
@@ -191,7 +153,6 @@ struct TurningRow
     const char* name;
     Vec2 target = {8, 0};
     Vec2 heading = {1, 0};
-    float bulge = 1;
     float handle = 0;
     float runIn = 0;
     Vec2 middle;
@@ -201,21 +162,12 @@ struct TurningRow
 TEST(VelorMath, TurningCurveKeepsItsEdges)
 {
     const TurningRow rows[] = {
-        {.name = "no bow for a heading along the chord", .handle = 2, .middle = {4.75F, 0}},
-        {.name = "no bow for a heading against the chord",
-         .heading = {-1, 0},
-         .handle = 2,
-         .middle = {6.25F, 0}},
-        {.name = "a left turn bows to the right", .heading = {0, 1}, .middle = {5.5F, -1.5F}},
+        {.name = "an exact half turn has no bow", .heading = {-1, 0}, .handle = 2, .middle = {6.25F, 0}},
+        {.name = "almost a half turn bows out fully", .heading = {-1, 1e-4F}, .middle = {5.5F, -3}},
         {.name = "a right turn bows to the left", .heading = {0, -1}, .middle = {5.5F, 1.5F}},
-        {.name = "a half turn bows out fully", .heading = {-1, 1e-4F}, .middle = {5.5F, -3}},
-        {.name = "a run-in is no longer than the way", .runIn = 99, .middle = {0, 0}},
-        {.name = "a negative run-in makes no knot",
-         .bulge = 0,
-         .runIn = -2,
-         .middle = {6.875F, 0},
-         .last = {10, 0}},
-        {.name = "no control lies behind the start", .bulge = 0, .handle = 20, .middle = {2.5F, 0}},
+        {.name = "the run-in is not longer than the way", .runIn = 99, .middle = {0, 0}},
+        {.name = "a negative run-in makes no knot", .runIn = -2, .middle = {6.875F, 0}, .last = {10, 0}},
+        {.name = "no control lies behind the start", .handle = 20, .middle = {2.5F, 0}},
         {.name = "a curve from a point to itself has no run-in",
          .target = {0, 0},
          .heading = {0, 1},
@@ -223,15 +175,10 @@ TEST(VelorMath, TurningCurveKeepsItsEdges)
          .runIn = 5,
          .middle = {0, -0.75F},
          .last = {0, 0}},
-        {.name = "a heading keeps its length",
-         .heading = {2, 0},
-         .bulge = 0,
-         .runIn = 2,
-         .middle = {2.75F, 0}},
+        {.name = "a heading keeps its length", .heading = {2, 0}, .runIn = 2, .middle = {2.75F, 0}},
     };
     for (const TurningRow& row : rows) {
-        const auto knots =
-            VelorMath::turningCurve({}, row.target, row.heading, row.bulge, row.handle, row.runIn, 2);
+        const auto knots = VelorMath::turningCurve({}, row.target, row.heading, 1, row.handle, row.runIn, 2);
         const bool hasRunIn = row.runIn > 0 && row.target != Vec2();
         ASSERT_EQ(knots.size(), hasRunIn ? 4 : 3) << row.name;
         EXPECT_NEAR(length(knots[1].position - row.middle), 0, 1e-6F) << row.name;
@@ -250,19 +197,6 @@ TEST(VelorMath, TurningCurveOfNoSegmentsHasOneUndefinedKnotAndOfFewerTheRunInAlo
     EXPECT_EQ(VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 3, std::numeric_limits<int>::min()),
               runInAlone);
 }
-
-#if __has_include(<sys/resource.h>) && !defined(VELOR_SANITIZED)
-TEST(VelorMath, TwoBillionSegmentsFailAsMemoryFails)
-{
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
-    const rlimit eightGigabytes{rlim_t(8) << 30, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_AS, &eightGigabytes), 0);
-    EXPECT_THROW(VelorMath::turningCurve({}, {8, 0}, {1, 0}, 1, 2, 3, std::numeric_limits<int>::max()),
-                 std::bad_alloc);
-    EXPECT_EQ(setrlimit(RLIMIT_AS, &before), 0);
-}
-#endif
 
 TEST(VelorMath, PlotHasALineForEachStepOfTheFloatSum)
 {
