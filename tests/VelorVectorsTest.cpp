@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -67,11 +66,8 @@ static_assert(assignsWhatItComputes(Vec3{2, 3, 4}, Vec3{5, 6, 7}));
 static_assert(assignsWhatItComputes(quat{2, 3, 4, 5}, quat{6, 7, 8, 9}));
 static_assert(assignsWhatItComputes(counting(), Mat4()));
 
-TEST(VelorVectors, ComparisonIsExactAndLengthHasTheTypeOfTheComponents)
+TEST(VelorVectors, LengthHasTheTypeOfTheComponents)
 {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_NE((Vec2{1, nan}), (Vec2{1, nan}));
-    EXPECT_EQ((Vec2{0.0F, 1}), (Vec2{-0.0F, 1}));
     EXPECT_EQ(length(TVec3d<double>{1, -1, 0}), std::sqrt(2.0));
     EXPECT_EQ(length(Vec2{3, -4}), 5);
 }

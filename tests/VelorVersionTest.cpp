@@ -19,13 +19,10 @@ Parts partsOf(const VelorVersion& version)
 TEST(VelorVersion, ReadsAnyText)
 {
     EXPECT_EQ(partsOf(u"6Version .vERSION 1.2"_s), Parts({6, 1, 2})) << "every prefix goes, in any case";
-    EXPECT_EQ(partsOf(u"VERSION6.1.2"_s), Parts({0, 1, 2})) << "a prefix has a blank";
-    EXPECT_EQ(partsOf(u"6.1v2"_s), Parts({6, 12, 0})) << "a small v goes wherever it stands";
-    EXPECT_EQ(partsOf(u"V6.1"_s), Parts({0, 1, 0})) << "a large one stays";
-    EXPECT_EQ(partsOf(u"v6.1 beta 4.5.6"_s), Parts({6, 1, 0})) << "a blank ends the version";
-    EXPECT_EQ(partsOf(u" 6.1.2"_s), Parts({0, 0, 0})) << "in front, too";
-    EXPECT_EQ(partsOf(u"6.1.2.3"_s), Parts({6, 1, 2})) << "a fourth part does not count";
-    EXPECT_EQ(partsOf(u".6..2"_s), Parts({6, 2, 0})) << "nor do empty ones";
+    EXPECT_EQ(partsOf(u"VERSION6.1.2"_s), Parts({0, 1, 2})) << "a prefix has a blank, and a large V stays";
+    EXPECT_EQ(partsOf(u"6.1v2 beta 4.5.6"_s), Parts({6, 12, 0})) << "a small v goes, and all from a blank on";
+    EXPECT_EQ(partsOf(u" 6.1.2"_s), Parts({0, 0, 0})) << "even where it is in front";
+    EXPECT_EQ(partsOf(u".6..2"_s), Parts({6, 2, 0})) << "empty parts do not count";
     EXPECT_EQ(partsOf(u"-6.+1.2147483648"_s), Parts({-6, 1, 0})) << "signs count, and 32 bits";
 }
 
@@ -35,7 +32,6 @@ TEST(VelorVersion, WritesDottedAndCodeForms)
     EXPECT_EQ(version.toString(), u"6.100.12"_s);
     EXPECT_EQ(version.toCodeString(0), u"06"_s);
     EXPECT_EQ(version.toCodeString(1), u"06100"_s);
-    EXPECT_EQ(version.toCodeString(2), u"0610012"_s);
     EXPECT_EQ(version.toCodeString(-1), u"0610012"_s);
     const VelorVersion null(u"0.5.1"_s);
     EXPECT_TRUE(null.isNull() && null.toString().isEmpty() && null.toCodeString(2).isEmpty());
@@ -45,14 +41,9 @@ TEST(VelorVersion, WritesDottedAndCodeForms)
 
 TEST(VelorVersion, ComparesPartByPartAsSignedNumbers)
 {
-    const VelorVersion ascending[] = {u"-1.9"_s, {},     u"0.0.1"_s, u"0.5"_s,
-                                      u"6.-1"_s, u"6"_s, u"6.9"_s,   u"6.10"_s};
-    for (const VelorVersion& a : ascending) {
-        for (const VelorVersion& b : ascending) {
-            EXPECT_EQ(a < b, &a < &b);
-            EXPECT_EQ(a == b, &a == &b);
-        }
-    }
+    EXPECT_LT(VelorVersion(u"-1.9"_s), VelorVersion());
+    EXPECT_LT(VelorVersion(u"5.9.10"_s), VelorVersion(u"6"_s));
+    EXPECT_LT(VelorVersion(u"6.9.1"_s), VelorVersion(u"6.10"_s));
 }
 
 } // namespace

@@ -13,34 +13,23 @@ std::string pattern(std::size_t size)
     return bytes;
 }
 
-struct Row
-{
-    std::size_t size;
-    std::uint64_t digest; ///< as xxh64sum gives it for the first bytes of the pattern
-};
-
-const Row Rows[] = {{0, 0xef46db3751d8e999},
-                    {100, 0xa61f8d4c170fe531},
-                    {4096, 0x796398cd432797cc},
-                    {10000, 0xb195585f9792dbca}};
+// As xxh64sum has them for the first bytes of the pattern.
+constexpr std::uint64_t DigestOfNothing = 0xef46db3751d8e999;
+constexpr std::uint64_t DigestOf4096 = 0x796398cd432797cc;
+constexpr std::uint64_t DigestOf10000 = 0xb195585f9792dbca;
 
 TEST(VelorXxHash, GivesThePublishedDigestHoweverTheBytesCome)
 {
-    for (const Row& row : Rows) {
-        SCOPED_TRACE(row.size);
-        const std::string bytes = pattern(row.size);
-        MemorySource source(bytes);
-        EXPECT_EQ(VelorXxHash::fromBytes(bytes.data(), bytes.size()), row.digest);
-        EXPECT_EQ(VelorXxHash::fromSource(&source), row.digest);
-        VelorXxHash hash;
-        hash.addBytes(nullptr, 5);
-        for (const char& byte : bytes) {
-            hash.addBytes(&byte, 1);
-            hash.hash();
-        }
-        EXPECT_EQ(hash.hash(), row.digest);
+    const std::string bytes = pattern(10000);
+    EXPECT_EQ(VelorXxHash::fromBytes(bytes.data(), bytes.size()), DigestOf10000);
+    EXPECT_EQ(VelorXxHash::fromBytes(nullptr, 5), DigestOfNothing);
+    VelorXxHash hash;
+    hash.addBytes(nullptr, 5);
+    for (const char& byte : bytes) {
+        hash.addBytes(&byte, 1);
+        hash.hash();
     }
-    EXPECT_EQ(VelorXxHash::fromBytes(nullptr, 5), Rows[0].digest);
+    EXPECT_EQ(hash.hash(), DigestOf10000);
 }
 
 TEST(VelorXxHash, CopiesGoOnByThemselves)
@@ -60,12 +49,11 @@ TEST(VelorXxHash, CopiesGoOnByThemselves)
 TEST(VelorXxHash, HashesASourceFromItsPositionToItsEndOrFailure)
 {
     MemorySource source(pattern(10000));
+    FailingSource failing(&source, 1);
+    EXPECT_EQ(VelorXxHash::fromSource(&failing), DigestOf4096);
     source.seek(100);
     EXPECT_EQ(VelorXxHash::fromSource(&source), 0xc33a918d76a90b48u);
-    EXPECT_EQ(VelorXxHash::fromSource(&source), Rows[0].digest) << "a source at its end is moved back";
-    source.rewind();
-    FailingSource failing(&source, 1);
-    EXPECT_EQ(VelorXxHash::fromSource(&failing), Rows[2].digest);
+    EXPECT_EQ(VelorXxHash::fromSource(&source), DigestOfNothing) << "a source at its end is moved back";
 }
 
 } // namespace
