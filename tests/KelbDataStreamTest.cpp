@@ -26,29 +26,22 @@ Read readDelimited(const std::string& content, const std::string& delimiters, st
     return {buffer.substr(0, length), stream.tell()};
 }
 
-TEST(KelbDataStream, ReadsUpToADelimiter)
+TEST(KelbDataStream, ReadsUpToADelimiterOrTheMostBytes)
 {
     EXPECT_EQ(readDelimited("a\nb;c", ";"), Read("a\nb", 4));
-    EXPECT_EQ(readDelimited("\nab", "\n"), Read("", 1));
     EXPECT_EQ(readDelimited("ab\0cd"s, ";"), Read("ab", 3)) << "a byte 0 is a delimiter, too";
-    EXPECT_EQ(readDelimited(Chunk + ";y", ";"), Read(Chunk, 127));
     EXPECT_EQ(readDelimited(Long + ";y", ";"), Read(Long, 301));
+    EXPECT_EQ(readDelimited("abc;d", ";", 3), Read("abc", 3));
+    EXPECT_EQ(readDelimited(Long + ";y", ";", 200), Read(Long.substr(0, 200), 200));
 }
 
 TEST(KelbDataStream, DropsACarriageReturnInFrontOfADelimiterWhereLinesEnd)
 {
-    EXPECT_EQ(readDelimited("ab\r\ncd", "\n"), Read("ab", 4));
     EXPECT_EQ(readDelimited("ab\r;c", ";\n"), Read("ab", 4));
     EXPECT_EQ(readDelimited("ab\r;c", ";"), Read("ab\r", 4));
     EXPECT_EQ(readDelimited("ab\r", "\n"), Read("ab\r", 3));
+    EXPECT_EQ(readDelimited("\na", "\n"), Read("", 1));
     EXPECT_EQ(readDelimited(Chunk + "\r\ny", "\n"), Read(Chunk, 128));
-}
-
-TEST(KelbDataStream, ReadsNoMoreThanTheMostBytes)
-{
-    EXPECT_EQ(readDelimited("abc;d", ";", 3), Read("abc", 3));
-    EXPECT_EQ(readDelimited("abc", ";", 0), Read("", 0));
-    EXPECT_EQ(readDelimited(Long + ";y", ";", 200), Read(Long.substr(0, 200), 200));
 }
 
 TEST(KelbDataStream, CountsACarriageReturnWhereNoTextIsWanted)
@@ -82,8 +75,8 @@ TEST(KelbDataStream, ReadsALine)
     EXPECT_EQ(readLine("ab\r\r\nc"), Read("ab\r", 5));
     EXPECT_EQ(readLine("ab\r"), Read("ab\r", 3));
     EXPECT_EQ(readLine(Chunk + "\r\ny"), Read(Chunk, 128));
-    EXPECT_EQ(readLine("ab\0cd\nef"s), Read("ab", 8)) << "text behind a byte 0 is lost";
-    EXPECT_EQ(readLine("ab\0"s + Long), Read("ab" + Long.substr(124), 303)) << "up to the end of its chunk";
+    EXPECT_EQ(readLine("ab\0\n"s + Long), Read("ab" + Long.substr(123), 304))
+        << "a byte 0 loses the rest of its chunk";
 }
 
 TEST(KelbDataStream, TrimsTheWhiteSpaceOfAscii)
@@ -95,7 +88,7 @@ TEST(KelbDataStream, TrimsTheWhiteSpaceOfAscii)
 
 TEST(KelbDataStream, ReadsAllFromTheStartUntilTheEndOrAFailure)
 {
-    for (const int good : {0, 1, 9}) {
+    for (const int good : {1, 9}) {
         MemorySource source(Long + "\0\n"s + std::string(8000, 'y'));
         FailingSource failing(&source, good);
         KelbDataStream stream(&failing, Access);

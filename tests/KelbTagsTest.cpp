@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QDebug>
 #include <QtXml/QDomDocument>
 
 #include <tuple>
@@ -28,15 +27,9 @@ KelbSynonyms sampleSynonyms()
 TEST(KelbTags, ReadsAnyText)
 {
     const std::tuple<const char*, QString, QStringList> rows[] = {
-        {"sorted, case last", u"b, A,a"_s, {u"A"_s, u"b"_s}},
-        {"the first spelling stays", u"foo,Foo,FOO"_s, {u"foo"_s}},
+        {"sorted, and the first spelling stays", u"b, A,a"_s, {u"A"_s, u"b"_s}},
         {"letters that fold to one are one", u"\u017F,s,S"_s, {u"\u017F"_s}},
-        {"letters behind half a surrogate pair fold as well",
-         u"\u017F\xD801Z,s\xD801z"_s,
-         {u"\u017F\xD801Z"_s}},
-        {"blanks go in front alone", u"  a , b c"_s, {u"a "_s, u"b c"_s}},
-        {"other space stays", u"\tb,\u00A0a,\nc"_s, {u"\tb"_s, u"\nc"_s, u"\u00A0a"_s}},
-        {"the default word is a tag like others", u"x,Default"_s, {u"Default"_s, u"x"_s}},
+        {"blanks go in front alone", u"  a , b c,\tb"_s, {u"\tb"_s, u"a "_s, u"b c"_s}},
         {"a text without tags gives the default word", u" , ,,"_s, {u"Default"_s}},
     };
     for (const auto& [rule, text, tags] : rows) {
@@ -61,7 +54,6 @@ TEST(KelbTags, KeepsTheCaseRulesApart)
     tags.learnFromTags(KelbTags(u"c,A,b"_s));
     EXPECT_TRUE(tags.hasTag(u"fOO"_s));
     EXPECT_EQ(tags.toString(), u"a, Foo, , b, c"_s);
-    EXPECT_EQ(QDebug::toString(KelbTags(u"a"_s)), u"KelbTags(\"a\")"_s);
     for (const QString& tag : tags.toStringList()) {
         tags.removeTag(tag);
     }
@@ -75,7 +67,6 @@ TEST(KelbTags, ComparesFromTheLeft)
     EXPECT_EQ(twice.toString(), u"a, a, b"_s);
     EXPECT_TRUE(twice == three && three != twice);
     EXPECT_NE(KelbTags(u"a"_s), three);
-    EXPECT_EQ(KelbTags(u"a"_s), KelbTags(u"A"_s));
 }
 
 TEST(KelbTags, MatchesEachPairOfEqualTagsOrSynonyms)
@@ -89,13 +80,9 @@ TEST(KelbTags, MatchesEachPairOfEqualTagsOrSynonyms)
     EXPECT_EQ(matches(u"male, x"_s, u"MAN, x"_s), u"male, x"_s);
     EXPECT_EQ(matches(u"man, woman, x"_s, u"chap, x"_s, true), u"x"_s) << "gender of the first is ignored";
     EXPECT_EQ(matches(u"chap, x"_s, u"MAN, woman, x"_s, true), u"x"_s) << "gender of the second is ignored";
-}
-
-TEST(KelbTags, MatchesEqualTagsAloneWithoutSynonyms)
-{
-    const QStringList matches =
-        KelbTags(u"Guy, male"_s).compareTags(KelbTags(u"DUDE, guy, MALE"_s), nullptr, true);
-    EXPECT_EQ(matches, (QStringList{u"Guy"_s, u"male"_s}));
+    EXPECT_EQ(KelbTags(u"Guy, male"_s).compareTags(KelbTags(u"DUDE, guy, MALE"_s), nullptr, true),
+              (QStringList{u"Guy"_s, u"male"_s}))
+        << "without synonyms, equal tags alone match, of any gender";
 }
 
 TEST(KelbTags, HaveAGenderByTheGroupsAlone)
@@ -105,10 +92,9 @@ TEST(KelbTags, HaveAGenderByTheGroupsAlone)
     const KelbTags man(u"x, MAN"_s);
     const KelbTags woman(u"x, woman"_s);
     EXPECT_TRUE(man.hasMaleTag(&synonyms) && !man.hasFemaleTag(&synonyms) && !man.hasNoGenderTags(&synonyms));
-    EXPECT_TRUE(woman.hasFemaleTag(&synonyms) && !woman.hasMaleTag(&synonyms) &&
-                !woman.hasNoGenderTags(&synonyms));
+    EXPECT_TRUE(woman.hasFemaleTag(&synonyms) && !woman.hasMaleTag(&synonyms));
     EXPECT_TRUE(KelbTags(u"man, woman"_s).hasNoGenderTags(&synonyms));
-    EXPECT_TRUE(KelbTags(u"male"_s).hasNoGenderTags(&none) && !KelbTags(u"male"_s).hasMaleTag(&none));
+    EXPECT_FALSE(KelbTags(u"male"_s).hasMaleTag(&none));
 }
 
 TEST(KelbTags, LivesInAnAttributeOfTheCallersElement)
@@ -116,16 +102,16 @@ TEST(KelbTags, LivesInAnAttributeOfTheCallersElement)
     QDomDocument document;
     QDomElement element = document.createElement(u"item"_s);
     KelbTags tags(u"b,a"_s);
-    VelorCategoryTags category(u"c"_s);
+    VelorCategoryTags category;
     tags.writeXML(element);
     category.writeXML(element);
     EXPECT_EQ(element.attribute(u"tags"_s), u"a, b"_s);
-    EXPECT_EQ(element.attribute(u"categoryTags"_s), u"c"_s);
-    tags.readXML(document.createElement(u"item"_s));
-    category.readXML(document.createElement(u"item"_s));
-    EXPECT_EQ(tags.toString(), u"Default"_s);
-    category.writeXML(element);
     EXPECT_EQ(element.attribute(u"categoryTags"_s, u"(missing)"_s), u""_s);
+    element.setAttribute(u"categoryTags"_s, u"c"_s);
+    category.readXML(element);
+    EXPECT_EQ(category.toString(), u"c"_s);
+    tags.readXML(document.createElement(u"item"_s));
+    EXPECT_EQ(tags.toString(), u"Default"_s);
 }
 
 } // namespace
