@@ -1,11 +1,8 @@
 #include <Velor.Base/KelbTags.h>
 #include <Velor.Base/VelorLog.h>
 #include <Velor.Base/VelorVectors.h>
-#include <Velor.Base/VelorWildcard.h>
 
-#include <iostream>
-
-// Calls into the library, derives from its classes and catches what crosses its border.
+// A class of the user's, derived from one of the library's.
 class Listener : public LogListener
 {
 public:
@@ -25,10 +22,6 @@ int main()
     Listener listener;
     log.addListener(&listener);
     log.stream(VelorLog::Warning, true) << "length " << length(TVec3d<float>{2, 3, 6});
-    const bool matches =
-        VelorWildcard::check(QStringLiteral("clips/walk.fbx"), QStringLiteral("*.fbx"), Qt::CaseInsensitive);
-    std::cout << listener.received << (matches ? ", matches\n" : ", does not match\n");
-    return listener.received == "[WARNING] - length 7" && matches && Untagged.hasTag(KelbTags::DefaultTag)
-               ? 0
-               : 1;
+    const bool isReceived = listener.received == "[WARNING] - length 7";
+    return isReceived && Untagged.hasTag(KelbTags::DefaultTag) ? 0 : 1;
 }
