@@ -40,31 +40,24 @@ constexpr Mat4 counting()
 static_assert(counting() + counting() == 2 * counting() && counting() * 4 / 2 - counting() == counting());
 static_assert(-counting() == -1 * counting() && (3 * counting())[10] == 33);
 
-/// Whether each assigning operator changes the object itself into the result of the operator of two operands,
-/// and returns it. A vector has those with a vector as well.
+/// `v` after each assigning operator. A vector has those with a vector as well.
 template <typename V>
-constexpr bool assignsWhatItComputes(V v, const V& other)
+constexpr V assigned(V v, const V& other)
 {
-    V expected = v + other;
-    bool holds = &(v += other) == &v && v == expected;
-    expected = v - other * 3;
-    holds = holds && &(v -= other * 3) == &v && v == expected;
-    expected = v * 6;
-    holds = holds && &(v *= 6) == &v && v == expected;
-    expected = v / 4;
-    holds = holds && &(v /= 4) == &v && v == expected;
+    v += other;
+    v *= 6;
+    v -= other;
+    v /= 4;
     if constexpr (requires { v *= other; }) {
-        expected = v * other;
-        holds = holds && &(v *= other) == &v && v == expected;
-        expected = v / other;
-        holds = holds && &(v /= other) == &v && v == expected;
+        v *= other;
+        v /= other + other;
     }
-    return holds;
+    return v;
 }
-static_assert(assignsWhatItComputes(Vec2{2, 3}, Vec2{4, 5}));
-static_assert(assignsWhatItComputes(Vec3{2, 3, 4}, Vec3{5, 6, 7}));
-static_assert(assignsWhatItComputes(quat{2, 3, 4, 5}, quat{6, 7, 8, 9}));
-static_assert(assignsWhatItComputes(counting(), Mat4()));
+static_assert(assigned(Vec2{2, 4}, Vec2{4, 8}) == Vec2{4, 8});
+static_assert(assigned(Vec3{2, 4, 6}, Vec3{4, 8, 12}) == Vec3{4, 8, 12});
+static_assert(assigned(quat{2, 4, 6, 8}, quat{4, 8, 12, 16}) == quat{8, 16, 24, 32});
+static_assert(assigned(counting(), 2 * counting()) == 4 * counting());
 
 TEST(VelorVectors, LengthHasTheTypeOfTheComponents)
 {

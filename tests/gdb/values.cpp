@@ -18,7 +18,6 @@ int main()
     [[maybe_unused]] const quat turn{0.5F, 0, 0, -1};
     [[maybe_unused]] const VelorVersion version(QStringLiteral("6.1.2"));
     [[maybe_unused]] const KelbTags tags(QList<QString>{QString(), QStringLiteral("Läufer \U0001F3C3")});
-    [[maybe_unused]] const VelorCategoryTags category(QStringLiteral("walk, run"));
     [[maybe_unused]] const VelorCurveKnot knot{{1, 2}, {0, -1}};
     [[maybe_unused]] const DoubleMinMax range{-1, 2.5F};
     [[maybe_unused]] const VelorDropData drop({{QStringLiteral("Walk"), {}}, {}}, VelorDropData::Clip);
