@@ -144,7 +144,7 @@ TEST(VelorMath, TurningCurveGivesTheWorkedCase)
 struct TurningRow
 {
     const char* name;
-    Vec2 target = {8, 0};
+    Vec2 target = {8, 0}; ///< as seen from the start, like `middle` and `last`
     Vec2 heading = {1, 0};
     float handle = 0;
     float runIn = 0;
@@ -164,12 +164,14 @@ TEST(VelorMath, TurningCurveKeepsItsEdges)
         {.name = "no way to go", .target = {}, .handle = 2, .runIn = 5, .middle = {-0.75F, 0}, .last = {}},
         {.name = "a heading keeps its length", .heading = {2, 0}, .runIn = 2, .middle = {2.75F, 0}},
     };
+    const Vec2 start{1, 2};
     for (const TurningRow& row : rows) {
-        const auto knots = VelorMath::turningCurve({}, row.target, row.heading, 1, row.handle, row.runIn, 2);
+        const auto knots =
+            VelorMath::turningCurve(start, start + row.target, row.heading, 1, row.handle, row.runIn, 2);
         const bool hasRunIn = row.runIn > 0 && row.target != Vec2();
         ASSERT_EQ(knots.size(), hasRunIn ? 4 : 3) << row.name;
-        EXPECT_NEAR(length(knots[1].position - row.middle), 0, 1e-6F) << row.name;
-        EXPECT_EQ(knots.last().position, row.last) << row.name;
+        EXPECT_NEAR(length(knots[1].position - start - row.middle), 0, 1e-6F) << row.name;
+        EXPECT_EQ(knots.last().position, start + row.last) << row.name;
         EXPECT_TRUE(!hasRunIn || knots.last().tangent == row.heading) << row.name;
     }
 }
