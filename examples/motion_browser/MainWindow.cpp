@@ -87,6 +87,9 @@ MainWindow::MainWindow(ClipFinder finder, VelorLog* log)
     mSearch->setFocus();
 }
 
+/// The focus may still move from child to child while these are deleted, when nothing of this class is left.
+MainWindow::~MainWindow() { disconnect(qApp, nullptr, this, nullptr); }
+
 QLayout* MainWindow::makeSearchLine()
 {
     mSearch = new QLineEdit;

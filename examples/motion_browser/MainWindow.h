@@ -20,6 +20,7 @@ class MainWindow : public QWidget
 public:
     /// `log` must outlive the window.
     MainWindow(ClipFinder finder, VelorLog* log);
+    ~MainWindow() override;
 
 private:
     QLayout* makeSearchLine();
