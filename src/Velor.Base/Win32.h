@@ -42,7 +42,6 @@ constexpr DWORD WER_FILE_ANONYMOUS_DATA = 2;
 
 using ATOM = std::uint16_t;
 using BOOL = int;
-using BYTE = unsigned char;
 using DWORD = std::uint32_t;
 using HANDLE = void*;
 using HGDIOBJ = void*;
@@ -300,16 +299,14 @@ HWND GetDlgItem(HWND dialog, int id);
 BOOL SetDlgItemTextA(HWND dialog, int id, const char* text);
 UINT GetDlgItemTextA(HWND dialog, int id, char* text, int size);
 
-// Focus, keys and cursor: what was set is what is returned.
+// The foreground is the window that was put there. None gets the focus, no key is down, and the cursor does
+// not move.
 HWND GetForegroundWindow();
 BOOL SetForegroundWindow(HWND window);
-HWND SetFocus(HWND window);
 HHOOK SetWindowsHookExA(int type, HOOKPROC hook, HINSTANCE module, DWORD thread);
 LRESULT CallNextHookEx(HHOOK hook, int code, WPARAM first, LPARAM second);
 SHORT GetKeyState(int key);
-BOOL SetKeyboardState(BYTE* keys);
 BOOL GetCursorPos(POINT* position);
-BOOL SetCursorPos(int x, int y);
 
 /// A control of a dialog template: its identifier, and its place in the dialog.
 struct DialogControl

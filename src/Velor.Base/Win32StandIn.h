@@ -2,7 +2,6 @@
 
 #include "Win32.h"
 
-#include <array>
 #include <deque>
 #include <map>
 #include <string>
@@ -48,9 +47,6 @@ struct Desktop
     std::vector<HOOKPROC> hooks; ///< The last one is called first.
     std::size_t currentHook = 0;
     HWND foreground = nullptr;
-    HWND focus = nullptr;
-    POINT cursor = {0, 0};
-    std::array<BYTE, 256> keys = {};
 };
 
 Desktop& desktop();

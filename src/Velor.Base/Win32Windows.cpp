@@ -1,6 +1,5 @@
 #include "Win32StandIn.h"
 
-#include <algorithm>
 #include <unistd.h>
 #include <utility>
 
@@ -106,8 +105,8 @@ BOOL DestroyWindow(HWND window)
         }
     }
     desktop().windows.erase(window);
-    for (HWND* const holder : {&desktop().foreground, &desktop().focus}) {
-        *holder = *holder == window ? nullptr : *holder;
+    if (desktop().foreground == window) {
+        desktop().foreground = nullptr;
     }
     return TRUE;
 }
@@ -261,14 +260,6 @@ BOOL SetForegroundWindow(HWND window)
     return TRUE;
 }
 
-HWND SetFocus(HWND window)
-{
-    if (find(window) == nullptr || callHooks(HCBT_SETFOCUS, window) != 0) {
-        return nullptr;
-    }
-    return std::exchange(desktop().focus, window);
-}
-
 HHOOK SetWindowsHookExA(int, HOOKPROC hook, HINSTANCE, DWORD)
 {
     desktop().hooks.push_back(hook);
@@ -280,22 +271,10 @@ LRESULT CallNextHookEx(HHOOK, int code, WPARAM first, LPARAM second)
     return callHook(desktop().currentHook, code, first, second);
 }
 
-SHORT GetKeyState(int key) { return static_cast<signed char>(desktop().keys[static_cast<BYTE>(key)]); }
-
-BOOL SetKeyboardState(BYTE* keys)
-{
-    std::copy_n(keys, desktop().keys.size(), desktop().keys.begin());
-    return TRUE;
-}
+SHORT GetKeyState(int) { return 0; }
 
 BOOL GetCursorPos(POINT* position)
 {
-    *position = desktop().cursor;
-    return TRUE;
-}
-
-BOOL SetCursorPos(int x, int y)
-{
-    desktop().cursor = {x, y};
+    *position = {0, 0};
     return TRUE;
 }
