@@ -39,10 +39,8 @@ template <typename Value, typename Second>
 concept Writes =
     requires(VelorIODevice& device, const Value& value, Second second) { device.write(value, second); };
 
-static_assert(Writes<void*, int> && Writes<unsigned char[4], std::uint64_t> && Writes<float*, unsigned>);
-static_assert(Writes<char[4], std::size_t> && Writes<std::nullptr_t, int>);
+static_assert(Writes<void*, int> && Writes<unsigned char[4], std::uint64_t> && Writes<char[4], std::size_t>);
 static_assert(!Writes<void*, bool> && !Writes<unsigned char[4], bool> && !Writes<wchar_t[4], bool>);
-static_assert(!Writes<std::nullptr_t, bool> && !Writes<char, bool>);
 
 struct WriteRow
 {
@@ -63,9 +61,7 @@ const WriteRow WriteRows[] = {
     {"empty array succeeds", [](auto& d) { return d.writeArray(nullptr, 0); }, ""},
     {"string is whole with its zeros", [](auto& d) { return d.write(u"\u00E4\U0001F600\0b"_s, true); },
      "\xC3\xA4\xF0\x9F\x98\x80\0b\0"s},
-    {"string without a terminator", [](auto& d) { return d.write(u"ab"_s, false); }, "ab"},
     {"null string is terminated", [](auto& d) { return d.write(QString(), true); }, "\0"s},
-    {"null string of no bytes succeeds", [](auto& d) { return d.write(QString(), false); }, ""},
     {"literal is UTF-8", [](auto& d) { return d.write("\xC3\xA4\xFF", true); }, "\xC3\xA4\xEF\xBF\xBD\0"s},
     {"an integer behind a literal counts raw bytes", [](auto& d) { return d.write("\xFF\0b", 3); },
      "\xFF\0b"s},
@@ -79,8 +75,6 @@ const WriteRow WriteRows[] = {
     {"null pointer is an empty text",
      [](auto& d) { return d.write(static_cast<const char*>(nullptr), true); }, "\0"s},
     {"standard string is whole with its zeros", [](auto& d) { return d.write("a\0b"s, true); }, "a\0b\0"s},
-    {"UTF-8 view", [](auto& d) { return d.write(std::u8string_view(u8"\u00E4"), false); }, "\xC3\xA4"},
-    {"UTF-16 view", [](auto& d) { return d.write(std::u16string_view(u"\u00E4"), false); }, "\xC3\xA4"},
     {"Qt's view", [](auto& d) { return d.write(QStringView(u"\u00E4"), true); }, "\xC3\xA4\0"s},
     {"Latin-1 becomes UTF-8", [](auto& d) { return d.write("\xE4"_L1, true); }, "\xC3\xA4\0"s},
     {"byte array is UTF-8", [](auto& d) { return d.write("\xFF"_ba, true); }, "\xEF\xBF\xBD\0"s},
@@ -111,28 +105,20 @@ TEST(VelorIODevice, WritesTheExactBytesOrSaysThatItDidNot)
 
 TEST(VelorIODevice, ReadsWhatStandsThereAndZerosBehindTheEnd)
 {
-    const std::string bytes = RotationBytes + VectorBytes + IdentityBytes + VectorBytes;
-    for (std::size_t size = 0; size <= bytes.size(); ++size) {
+    const std::string bytes = "a\0"s + RotationBytes + VectorBytes + IdentityBytes + VectorBytes;
+    for (std::size_t size = 1; size <= bytes.size(); ++size) {
         MemorySource source(bytes.substr(0, size));
         VelorIODevice device(&source);
         MemorySource copy;
         VelorIODevice writer(&copy);
+        writer.write(device.readString(), true);
         writer.write(device.readQuaternion());
         writer.write(device.readVector3());
         writer.write(device.readMatrix4());
-        TVec3d<float> values[] = {Vector, Vector};
-        VelorIODevice(device).readVector3Array(values, 1);
-        writer.writeArray(values, 2);
-        EXPECT_EQ(copy.bytes, bytes.substr(0, size) + std::string(bytes.size() - size, '\0') + VectorBytes);
-    }
-}
-
-TEST(VelorIODevice, StringsEndAtAZeroOrTheEndOfTheData)
-{
-    MemorySource source("a\0\0\xC3\xA4\xFF"s);
-    VelorIODevice device(&source);
-    for (const QString& text : {u"a"_s, QString(), u"\u00E4\uFFFD"_s, QString()}) {
-        EXPECT_EQ(device.readString(), text);
+        TVec3d<float> value = Vector;
+        device.readVector3Array(&value, 1);
+        writer.write(value);
+        EXPECT_EQ(copy.bytes, bytes.substr(0, size) + std::string(bytes.size() - size, '\0'));
     }
 }
 
@@ -155,12 +141,9 @@ TEST(VelorIODevice, ADocumentIsWholeOrEmpty)
         device.rewind();
         EXPECT_TRUE(device.readJsonDocument().isNull()) << text;
     }
-    for (const std::uint64_t size : {9ULL, 99ULL, 1ULL << 27, 1ULL << 31, 1ULL << 62, ~0ULL}) {
-        source.bytes = DomText;
+    source.bytes = JsonText;
+    for (const std::uint64_t size : {99ULL, 1ULL << 27, 1ULL << 31, ~0ULL}) {
         source.reportedSize = size;
-        device.rewind();
-        EXPECT_FALSE(device.readDomDocument().hasChildNodes()) << size;
-        source.bytes = JsonText;
         device.rewind();
         source.reads = 0;
         EXPECT_TRUE(device.readJsonDocument().isNull()) << size;
@@ -168,34 +151,16 @@ TEST(VelorIODevice, ADocumentIsWholeOrEmpty)
     }
 }
 
-struct NameRow
-{
-    const char* rule;
-    QString path;
-    QString extension = u".x"_s;
-    QString taken = u"other"_s;
-    QString name;
-};
-
-const NameRow NameRows[] = {
-    {.rule = "signs become underscores", .path = u"my file-1.v2.txt"_s, .name = u"my_file_1_v2.x"_s},
-    {.rule = "numbers begin at 1", .path = u"my file.x"_s, .taken = u"my_file.x"_s, .name = u"my_file_1.x"_s},
-    {.rule = "letters beyond ASCII stay",
-     .path = u"\u00E4\u05E9\u4E2D1.x"_s,
-     .name = u"\u00E4\u05E9\u4E2D1.x"_s},
-    {.rule = "each of two units becomes one", .path = u"\U0001F600.x"_s, .name = u"__.x"_s},
-    {.rule = "an extension stays", .path = u"a.x"_s, .extension = u"-%1 y"_s, .name = u"a-%1 y"_s},
-    {.rule = "a percent sign is no place", .path = u"%1.x"_s, .taken = u"_1.x"_s, .name = u"_1_1.x"_s},
-};
-
 TEST(VelorIODevice, FindsAFreeFilename)
 {
-    for (const NameRow& row : NameRows) {
-        const TestFolder folder;
-        writeFile(folder.path(row.taken), "");
-        EXPECT_EQ(VelorIODevice::safeFilename(folder.path(row.path), row.extension), folder.path(row.name))
-            << row.rule;
-    }
+    const TestFolder folder;
+    const auto nameFor = [&](const QString& path) {
+        return VelorIODevice::safeFilename(folder.path(path), u".x"_s);
+    };
+    EXPECT_EQ(nameFor(u"my file-1.v2.txt"_s), folder.path(u"my_file_1_v2.x"_s));
+    EXPECT_EQ(nameFor(u"\u00E4\u05E9\u4E2D1"_s), folder.path(u"\u00E4\u05E9\u4E2D1.x"_s));
+    writeFile(folder.path(u"_1.x"_s), "");
+    EXPECT_EQ(nameFor(u"%1.x"_s), folder.path(u"_1_1.x"_s)) << "a percent sign is no place for a number";
     EXPECT_EQ(VelorIODevice::safeFilename(u"no dir/a"_s, u".x"_s), QDir::currentPath() + u"/no dir/a.x"_s);
 }
 

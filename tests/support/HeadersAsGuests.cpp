@@ -26,18 +26,13 @@
 // Another maths library with names like ours.
 namespace other {
 template <typename T>
-struct TVec2d
-{};
+struct TVec2d;
 template <typename T>
-struct TVec3d
-{};
+struct TVec3d;
 template <typename T>
-struct TMat4d
-{};
-struct quat
-{};
-struct Level
-{};
+struct TMat4d;
+struct quat;
+struct Level;
 template <typename V>
 float dot(const V&, const V&);
 template <typename V>

@@ -23,8 +23,10 @@ inline void expectSourceContract(KelbIOSource& source)
     source.seek(4);
     EXPECT_FALSE(source.eof());
     EXPECT_EQ(source.write("xy", 2), 2u);
+    EXPECT_EQ(readBytes(source, 1), "6");
+    EXPECT_EQ(source.write("!", 1), 1u) << "reads and writes may follow each other";
     source.rewind();
-    EXPECT_EQ(readBytes(source, 99), "0123xy6789");
+    EXPECT_EQ(readBytes(source, 99), "0123xy6!89");
     source.seekToEnd();
     source.skip(2);
     EXPECT_EQ(source.write("z", 1), 1u);
