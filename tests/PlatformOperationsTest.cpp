@@ -76,6 +76,9 @@ protected:
 TEST_F(PlatformErrorDialog, ShowsThreeFieldsOfWhichTheLastIsFixedAndAcceptGivesZeroThreeAndOne)
 {
     open(IDCANCEL);
+    int width = 0;
+    table.getWindowBounds(window, nullptr, nullptr, &width, nullptr);
+    EXPECT_EQ(width, 320);
     EXPECT_EQ(table.getParentWindow(dialog), window);
     const char* const shown[] = {"name", "mail", "fixed", ""};
     for (int i = 0; i < 4; ++i) {
@@ -119,6 +122,8 @@ TEST_F(PlatformErrorDialog, WhatCannotBeMadeIsReportedAndLeavesTheFields)
     EXPECT_THAT(messagesOf([&] { table.createDialog(window, 999); }),
                 testing::AllOf(StartsWith("[ERROR] Creating dialog '"), EndsWith("'\n"),
                                testing::Not(EndsWith("''\n"))));
+    EXPECT_THAT(messagesOf([&] { table.getDialogItem(dialog, 999); }),
+                StartsWith("[ERROR] Creating dialog '"));
     EXPECT_THAT(messagesOf([] { table.createWindow("title", "", nullptr, 320, 240); }),
                 StartsWith("[ERROR] Creating window '"));
     dialog = table.createDialog(window, Template);
