@@ -62,8 +62,8 @@ public:
     /// ignoring case is open.
     void fromStringList(QList<QString> tags);
 
-    /// The tags in list order with ", " between them. A tag that holds a comma or begins with a blank does
-    /// not be read back from this text.
+    /// The tags in list order with ", " between them. A tag that holds a comma or begins with a blank is
+    /// not read back from this text.
     QString toString() const;
     /// The tags in list order.
     QList<QString> toStringList() const { return mTags; }

@@ -4,8 +4,8 @@
 /// What a symbol of the shared library shows to its callers, and other marks that compilers spell
 /// differently. Everything is hidden unless it is marked otherwise.
 
-// Every public header reaches this one before it declares anything. Qt's moc does not define which language
-// it reads.
+// Every public header reaches this one before it declares anything. Qt's moc does not define the language
+// version that it reads.
 #if (defined(_MSVC_LANG) ? _MSVC_LANG : __cplusplus) < 202002L && !defined(Q_MOC_RUN)
 #error "Velor2.Base needs C++20 or later: compile with -std=c++20, or CMAKE_CXX_STANDARD 20 in CMake"
 // Compilers go on behind an #error, and end where a file is missing: no other message hides the one above.

@@ -18,7 +18,7 @@ class QDebug;
 /// processor. Where a function of the C library takes part (`pow`, `exp`, `sin`, `cos` or `acos` in
 /// `easeInEaseOut`, `normal`, `cardioid2D`, `signedAngle` and `turningCurve`), that holds with one version of
 /// that library; and a NaN is any NaN. No argument is checked and no parameter `t` is limited to 0..1:
-/// infinities, NaN and values outside are extrapolated by the same arithmetic. Any thread may call this at
+/// infinities, NaN and values outside go through the same arithmetic. Any thread may call this at
 /// any time.
 
 /// One sample of a 2D curve.
