@@ -113,6 +113,7 @@ TEST_F(VelorZipStreamTest, FolderBecomesLowerCaseFoldersThenFilesWithoutWhatItMu
     archive = root + q("/own.zip");
     {
         VelorZipStream zip(archive);
+        std::filesystem::create_hard_link(archive.toStdString(), (root + q("/own link.zip")).toStdString());
         EXPECT_TRUE(zip.addFolder(root, true, {q("*.tmp")}, &listener, 100));
         EXPECT_TRUE(zip.hasFile(q("sub/deep/C.PNG")));
         EXPECT_FALSE(zip.hasFile(q("Sub/Deep/C.PNG")));
@@ -210,6 +211,14 @@ TEST_F(VelorZipStreamTest, FolderWithANameThatIsNoTextIsRefusedIfThatWouldBePack
         EXPECT_EQ(QFile::exists(archive), !isPackedOtherwise);
         std::filesystem::remove_all(root.toStdString());
     }
+}
+
+TEST_F(VelorZipStreamTest, FileWithoutASizeIsPackedWhole)
+{
+    QFile file(q("/proc/self/comm"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(VelorZipStream(archive).addFile(q("name"), file.fileName()));
+    EXPECT_THAT(read(archive), ElementsAre("name 8 " + file.readAll().trimmed().toStdString()));
 }
 
 TEST_F(VelorZipStreamTest, FolderWithAFileThatCannotBeReadIsRefused)

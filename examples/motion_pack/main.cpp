@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <new>
 
 /// \file
 /// motion_pack: packs a folder into a zip archive, with a manifest of digests beside it.
@@ -76,6 +77,8 @@ void concerning(const QString& subject, const std::function<void()>& action)
     } catch (const fs::filesystem_error& error) {
         const QString reason = QString::fromStdString(error.code().message());
         throw Failure{u"'%1' cannot be read: %2"_s.arg(subject, reason)};
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& error) { // Of the zip library, which rejects the name.
         const QString reason = QString::fromUtf8(error.what());
         throw Failure{u"'%1' cannot be the name of an archive's entry (%2)"_s.arg(subject, reason)};
@@ -171,6 +174,8 @@ void addPath(Survey& survey, const fs::directory_entry& path, const QString& nam
         addFolder(survey, path, name + u'/', above);
     } else if (type != fs::file_type::regular) {
         report(VelorLog::Warning, u"not packed, as it has no content: '%1'"_s.arg(name));
+    } else if (!info.isFile()) { // It has vanished meanwhile.
+        throw fs::filesystem_error({}, std::make_error_code(std::errc::no_such_file_or_directory));
     } else if (VelorWildcard::check(name, survey.excludes, Qt::CaseInsensitive)) {
         log(VelorLog::Debug0, u"excluded: '%1'"_s.arg(name));
     } else if (!survey.ownFiles.contains(info)) {
