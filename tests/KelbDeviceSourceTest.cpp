@@ -16,6 +16,10 @@ TEST(KelbDeviceSource, KeepsTheContractOfSources)
     ASSERT_TRUE(file.open(QIODevice::ReadWrite));
     KelbDeviceSource fileSource(&file);
     expectSourceContract(fileSource);
+    QBuffer buffer;
+    ASSERT_TRUE(buffer.open(QIODevice::ReadWrite));
+    KelbDeviceSource bufferSource(&buffer);
+    expectSourceContract(bufferSource);
 }
 
 /// A device whose reads, writes and moves fail, such as a disk that is gone.

@@ -29,8 +29,11 @@ TEST(KelbTags, ReadsAnyText)
     const std::tuple<const char*, QString, QStringList> rows[] = {
         {"sorted, and the first spelling stays", u"b, A,a"_s, {u"A"_s, u"b"_s}},
         {"letters that fold to one are one", u"\u017F,s,S"_s, {u"\u017F"_s}},
+        {"letters behind half a surrogate pair fold as well",
+         u"\u017F\xD801Z,s\xD801z"_s,
+         {u"\u017F\xD801Z"_s}},
         {"blanks go in front alone", u"  a , b c,\tb"_s, {u"\tb"_s, u"a "_s, u"b c"_s}},
-        {"a text without tags gives the default word", u" , ,,"_s, {u"Default"_s}},
+        {"a text without tags yields the default word", u" , ,,"_s, {u"Default"_s}},
     };
     for (const auto& [rule, text, tags] : rows) {
         EXPECT_EQ(KelbTags(text).getTags(), tags) << rule;

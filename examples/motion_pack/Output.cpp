@@ -70,10 +70,11 @@ void Output::putInPlace()
     const fs::path manifest = pathOf(manifestOf(mArchive));
     const fs::path folder = pathOf(mFolder.path());
     QList<std::pair<fs::path, fs::path>> moves;
-    if (fs::exists(fs::symlink_status(manifest))) {
+    std::error_code ignored; // What cannot be queried may be there: its move has the reason.
+    if (fs::symlink_status(manifest, ignored).type() != fs::file_type::not_found) {
         moves.append({manifest, folder / "old.xxh64"});
     }
-    if (fs::exists(fs::symlink_status(archive))) {
+    if (fs::symlink_status(archive, ignored).type() != fs::file_type::not_found) {
         moves.append({archive, folder / "old.zip"});
     }
     moves << std::pair(pathOf(mNewArchive), archive) << std::pair(pathOf(mNewManifest), manifest);
@@ -88,8 +89,10 @@ void Output::putInPlace()
             fs::rename(moves[done].second, moves[done].first, lost);
         }
         mFolder.setAutoRemove(!lost);
+        const QString from = QFileInfo(error.path1()).filePath();
+        const QString to = QFileInfo(error.path2()).filePath();
         const QString reason = QString::fromStdString(error.code().message());
-        const QString rest = lost ? u", and the older one is in '%1'"_s.arg(mFolder.path()) : QString();
-        throw Failure{u"'%1' cannot be replaced: %2%3"_s.arg(mArchive, reason, rest)};
+        const QString rest = lost ? u"; what is missing is in '%1'"_s.arg(mFolder.path()) : QString();
+        throw Failure{u"'%1' cannot be moved to '%2': %3%4"_s.arg(from, to, reason, rest)};
     }
 }

@@ -12,9 +12,9 @@ class QDomElement;
 /// The free words that one catalogue item carries, as an implicitly shared value. The words have a text form,
 /// `jump, run`, and live in one attribute of an XML element that belongs to the caller.
 ///
-/// There are three rules of case. Two tags are the same tag when QString::compare ignoring case finds
-/// so; `removeTag` alone compares exactly; and the questions that take synonyms ask those, which lower both
-/// words. No tag is ever rewritten: of two equal tags, the first stays as it was spelled.
+/// There are three rules of case. Two tags are the same tag when QString::compare ignoring case
+/// returns 0; `removeTag` alone compares exactly; and the questions that take synonyms ask those, which lower
+/// both words. No tag is ever rewritten: of two equal tags, the first stays as it was spelled.
 ///
 /// After `fromString` and `readXML` the list is sorted ignoring case and no two tags are equal;
 /// `fromStringList` only sorts, and `addTag` and `learnFromTags` append. No operation reports an error, for

@@ -103,8 +103,8 @@ public:
     ///
     /// Each card is scaled to fit its slot, keeps its shape, and stands in the slot's top left corner. What
     /// no card covers is transparent. A single card is returned as it was scaled, without a slot around it. A
-    /// null pixmap, or a plus image that cannot be loaded, takes its slot and draws nothing. No card at all
-    /// returns a null pixmap.
+    /// null pixmap, or a plus image that cannot be loaded, takes its slot and draws nothing. Without any
+    /// card the result is a null pixmap.
     ///
     /// `devicePixelRatio`, above 0, is that of the screen: it scales the slots, and the result carries it. A
     /// pixmap counts with its real pixels, whatever ratio it carries itself. Call it on the GUI thread, as

@@ -136,7 +136,7 @@ public:
     ///        it is kept from lying behind `start` as seen along the chord
     /// \param runIn the wanted length of the run-in, at most the distance from `start` to `target`; there is
     ///        none for 0 or less, and a negative one lets the curve end beyond `target`
-    /// \param segments the number of segments of the curve; 0 returns one knot of NaN, less returns none
+    /// \param segments the number of segments of the curve; 0 makes one knot of NaN, less makes none
     /// \return `segments` + 1 knots in order of travel at even steps of the parameter, their tangents of unit
     ///         length or zero; then, where there is a run-in, one knot of `target` and `heading`
     ///         unchanged. The last knot of the curve may miss its end by the rounding of the steps.
